@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that are missing, and does nothing when all of them are there.
+#   scripts/setup.sh           what the program needs to be built
+#   scripts/setup.sh --tests   and what the tests need
+#   scripts/setup.sh --ci      and what the checks of .ci/run need
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+. scripts/quietly.sh
+
+usage() {
+    echo "Usage: scripts/setup.sh [--tests | --ci]" >&2
+    exit 2
+}
+
+[ $# -le 1 ] || usage
+packages=(g++ cmake ninja-build libproj-dev libxsimd-dev)
+tools=(c++ cmake ninja)
+case "${1-}" in
+    "") ;;
+    --tests) packages+=(doctest-dev) ;;
+    --ci)
+        # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
+        packages+=(doctest-dev clang clang-format clang-tidy libclang-rt-dev valgrind git)
+        tools+=(clang++ clang-format clang-tidy valgrind git)
+        ;;
+    *) usage ;;
+esac
+
+other_systems() {
+    cat >&2 <<'TEXT'
+Without apt-get the packages have to be installed by hand. Their names elsewhere:
+  Fedora  dnf install gcc-c++ cmake ninja-build proj-devel xsimd-devel
+          tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind git
+  Arch    pacman -S gcc cmake ninja proj xsimd
+          tests: doctest          checks: clang compiler-rt valgrind git
+  macOS   brew install cmake ninja proj xsimd
+          tests: doctest          checks: llvm git
+TEXT
+}
+
+if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+    missing=()
+    for tool in "${tools[@]}"; do
+        command -v "$tool" >/dev/null || missing+=("$tool")
+    done
+    if [ ${#missing[@]} -gt 0 ]; then
+        echo "Not found: ${missing[*]}" >&2
+        other_systems
+        exit 1
+    fi
+    # The libraries are left to CMake, which says which one it cannot find.
+    echo "Setup: no apt-get here; ${tools[*]} are installed."
+    exit 0
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+    state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) || state=missing
+    [ "$state" = installed ] || missing+=("$package")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+    echo "Setup: all packages are installed (${packages[*]})."
+    exit 0
+fi
+
+# Without a terminal nobody can type a password: sudo is used only if it asks for none.
+if [ "$(id -u)" -eq 0 ]; then
+    as_root=(env)
+elif command -v sudo >/dev/null && [ -t 0 ]; then
+    sudo -v
+    as_root=(sudo -n env)
+elif command -v sudo >/dev/null && sudo -n true 2>/dev/null; then
+    as_root=(sudo -n env)
+else
+    echo "Missing packages, and no right to install them. As root, run:" >&2
+    echo "  apt-get update && apt-get install ${missing[*]}" >&2
+    exit 1
+fi
+
+echo "Setup: installing ${missing[*]} with apt-get ..."
+log=$(mktemp "${TMPDIR:-/tmp}/tidora-setup.XXXXXX")
+apt=("${as_root[@]}" DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 -o Acquire::Retries=3)
+quietly "$log" "${apt[@]}" update
+quietly "$log" "${apt[@]}" install --yes --no-install-recommends "${missing[@]}"
+rm -f "$log"
+echo "Setup: done."

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "support/TextLines.h"
+
+namespace tidora {
+
+/// A file that appears under its name only when it is complete: it is written beside the name and then renamed, so that
+/// neither a failure nor an interruption leaves half a result that a script could take for a whole one.
+///
+/// What cannot be replaced is written in place: a device or a pipe, and a file in a folder that takes no new ones. A
+/// symbolic link is followed.
+class ReplacingFile {
+public:
+    /// Opens for writing. IsOpen() is then false exactly when `path` itself could not have been opened for writing.
+    explicit ReplacingFile(const std::string& path);
+    /// Removes what was not committed.
+    ~ReplacingFile();
+    ReplacingFile(const ReplacingFile&) = delete;
+    ReplacingFile& operator=(const ReplacingFile&) = delete;
+
+    [[nodiscard]] bool IsOpen() const noexcept { return m_file != nullptr; }
+    [[nodiscard]] std::FILE* Stream() const noexcept { return m_file.get(); }
+
+    /// Closes the file and puts it in its place. False when a write, the close or the renaming failed; what stood under
+    /// the name before is then untouched. Requires: IsOpen().
+    [[nodiscard]] bool Commit();
+
+private:
+    void OpenBeside();
+
+    std::string m_finalPath;
+    std::string m_partPath;  ///< empty: written in place
+    FileHandle m_file;
+};
+
+}  // namespace tidora

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidora {
+
+/// Closes a stream when its owner forgets to; a writer closes it itself, to see whether that succeeded.
+struct FileCloser {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+/// Opens `path` for reading (fopen mode `mode`). Null when it cannot be opened or is a directory.
+[[nodiscard]] FileHandle OpenForReading(const std::string& path, const char* mode);
+
+/// Size in bytes of an open regular file; nothing for a pipe or a device.
+[[nodiscard]] std::optional<std::uint64_t> RegularFileSize(std::FILE* file);
+
+/// Lines of a text file through a buffer of fixed size, as the text formats define them: one read delivers at most
+/// `bufferSize` - 1 characters; what a longer line has left is the next line, be it the line end alone. The line
+/// end is part of the line. A NUL character ends the line's text; the rest of that read is dropped.
+class BoundedLineReader {
+public:
+    /// Requires: `file` is open and outlives the reader; `bufferSize` >= 2.
+    BoundedLineReader(std::FILE* file, std::size_t bufferSize) : m_file(file), m_buffer(bufferSize, '\0') {}
+
+    /// Reads the next line into Line(). False at end of file and on a read error; Line() is then empty.
+    [[nodiscard]] bool Next();
+
+    /// The current line, terminated with NUL; valid until the next call of Next().
+    [[nodiscard]] const char* Line() const noexcept { return m_buffer.data(); }
+
+    /// True when the current line is a comment: "#" in its first column.
+    [[nodiscard]] bool IsComment() const noexcept { return m_buffer.front() == '#'; }
+
+private:
+    std::FILE* m_file;
+    std::vector<char> m_buffer;
+};
+
+/// Tokens of `line`, separated by runs of any of the characters in `delimiters`.
+[[nodiscard]] std::vector<std::string> Tokens(const char* line, const char* delimiters);
+
+/// Delimiters of the data files. The line end is not among them: it stays attached to the last token of a line,
+/// and stands as a token of its own on a blank line or after trailing blanks.
+inline constexpr const char* kDataDelimiters = " \t";
+
+/// Leading decimal integer of `text` (strtol, base 10), 0 when there is none; wrapped to 32 bits.
+[[nodiscard]] int LenientInt(const char* text) noexcept;
+
+/// Leading floating-point number of `text` (strtod), 0 when there is none.
+[[nodiscard]] double LenientDouble(const char* text) noexcept;
+
+/// The same for the token of `length` characters at `text`, which need not be terminated: what follows it is a
+/// delimiter of the data files or NUL.
+[[nodiscard]] double LenientDouble(const char* text, std::size_t length);
+
+}  // namespace tidora
