@@ -1,0 +1,45 @@
+#pragma once
+
+#include "okada/SurfaceBatch.h"
+
+namespace tidora {
+
+inline constexpr double kKernelEpsilon = 1.0e-6;  ///< as in the scalar routines
+inline constexpr double kKernelTwoPi = 6.283185307179586;
+inline constexpr double kKernelOverTwoPi = 1.0 / kKernelTwoPi;
+/// Beyond this distance the products of four factors would come near the end of the double range.
+inline constexpr double kKernelLargest = 1.0e15;
+
+/// A rectangle with what all its points share.
+struct FiniteKernelSource {
+    double sd, cd;   ///< sine and cosine of the dip, clamped
+    double a3;       ///< (1 - alpha) / alpha
+    float al1, al2;  ///< single on purpose: subtracted from x in single precision
+    double aw1, aw2;
+    double strikeSlip, dipSlip;  ///< divided by 2 pi
+    double noise;                ///< displacements below this take the scalar routine
+};
+
+/// A point source with what all its points share.
+struct PointKernelSource {
+    double sd, cd, a3;
+    double strikePotency, dipPotency;
+};
+
+/// The kernels of one instruction set. They write 1 to `singular` where a point must take the scalar routine.
+struct SurfaceKernels {
+    using Finite = void (*)(const FiniteKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
+                            unsigned char* singular);
+    using Point = void (*)(const PointKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
+                           unsigned char* singular);
+    Finite finite[2][2];  ///< [with horizontal][vertical dip]
+    Point point[2];       ///< [with horizontal]
+};
+
+extern const SurfaceKernels kBaselineSurfaceKernels;
+#ifdef TIDORA_X86_KERNELS
+extern const SurfaceKernels kAvx2SurfaceKernels;
+extern const SurfaceKernels kAvx512SurfaceKernels;
+#endif
+
+}  // namespace tidora
