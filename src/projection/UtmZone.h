@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cmath>
+
+namespace tidora {
+
+/// UTM zone of a longitude in degrees. Truncated, not clamped to 1..60: 180 gives 61.
+[[nodiscard]] inline int UtmZone(double lonDeg) noexcept {
+    const double shifted = lonDeg > 180.0 ? lonDeg - 180.0 : lonDeg + 180.0;
+    const double zone = shifted / 6.0 + 1.0;
+    return std::abs(zone) < 1.0e9 ? static_cast<int>(zone) : 0;
+}
+
+}  // namespace tidora
