@@ -1,0 +1,75 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tidora {
+
+/// Kinds of horizontal co-ordinates in `PARAM_REGION::coordType` and `PARAM_FAULT::coordType`.
+inline constexpr int kPlaneCoordinates = 0;       ///< x east and y north, metres
+inline constexpr int kGeographicCoordinates = 1;  ///< longitude and latitude, degrees
+
+/// One computational region as the configuration names it.
+struct PARAM_REGION {
+    int no = 0;                 ///< region number, key of `ConfReader::regions`
+    std::string name;           ///< region name, part of the output file names
+    int parentNo = 0;           ///< number of the enclosing (coarser) region; 0 or less: none
+    int coordType = 0;          ///< kPlaneCoordinates or kGeographicCoordinates
+    std::string topoFile;       ///< topography grid file
+    double topoConst = 0.0;     ///< topography where no file is named, m; not set by the reader
+    std::string iniWaveFile;    ///< initial wave height grid file; not set by the reader
+    double iniWaveConst = 0.0;  ///< initial wave height where no file is named, m; not set by the reader
+};
+
+/// The fault source as the configuration names it.
+struct PARAM_FAULT {
+    int coordType = 0;      ///< kPlaneCoordinates or kGeographicCoordinates
+    std::string faultFile;  ///< fault parameter file
+};
+
+/// The band of raised water.
+struct PARAM_LINEAR {
+    int mode = -1;          ///< profile: 0 flat, 1 cosine; negative: no band
+    double height = 0.0;    ///< crest height, m; no band unless greater than 0
+    double diameter = 1.0;  ///< full width across the band, in grid co-ordinate units
+};
+
+/// The configuration file: a positional list of caption and value line pairs.
+class ConfReader {
+public:
+    std::string confFile;                 ///< path of the configuration file
+    std::string spareText;                ///< value 1: read and kept, not used by a run
+    std::string outDir;                   ///< value 2: output directory
+    std::map<int, PARAM_REGION> regions;  ///< regions by number, ascending
+    bool topoDeform = true;               ///< deform the sea floor; not set from the file
+    double calcDistance = 0.0;            ///< value 3: displacement tolerance of the deformation, m
+    int horizontalEffect = 0;             ///< value 4: 1 adds the uplift from horizontal motion of slopes
+    int kajiuraFilter = 0;                ///< value 5: 1 filters the initial wave height
+    std::vector<PARAM_FAULT> faults;      ///< values 6 and 7: exactly one record per file
+    PARAM_LINEAR linear;                  ///< values 8 to 10
+    bool iniWaveSet = false;              ///< an initial wave height is given directly; not set from the file
+    bool faultSet = false;                ///< a fault is given; not set from the file
+
+    /// Keeps `path`; opens nothing.
+    explicit ConfReader(std::string path);
+
+    /// Reads the whole file into the members and echoes every value on standard output.
+    /// False, after a framed block on standard error, when the file cannot be opened, ends early, holds a value
+    /// line without a token, or leaves a block short because value lines are commented out with "#".
+    /// Members that were converted before the failure keep their values.
+    [[nodiscard]] bool readParam();
+
+    /// Prints a framed message on standard error when the flags contradict each other: initial wave and fault both set
+    /// or both unset; or the sea floor to be deformed without a fault. Returns in every case. No run calls it.
+    void checkConsistency() const;
+
+    /// True when `path` names an existing directory.
+    [[nodiscard]] static bool IsExistDir(const std::string& path);
+
+    /// Creates `path` and every directory missing above it, mode 0755 less the umask. True when it is a directory
+    /// afterwards. A path of one character is never created. No run calls it.
+    static bool MakeDir(const std::string& path);
+};
+
+}  // namespace tidora
