@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "config/ConfReader.h"
+#include "fault/DynamicParam.h"
+#include "region/InstantVal2d.h"
+
+namespace tidora {
+
+/// One rectangular fault element. The reference point is the start of its upper edge.
+struct FAULT_PARAM {
+    double org_x = 0.0;       ///< reference point, east: longitude or plane x
+    double org_y = 0.0;       ///< reference point, north: latitude or plane y
+    double baseOffset = 0.0;  ///< m; added to a point's topography it is the depth there, with several elements
+    double depth = 0.0;       ///< depth of the reference point, m, positive downward; used with one element
+    double strike = 0.0;      ///< degrees clockwise from north
+    double dip = 0.0;         ///< degrees
+    double rake = 0.0;        ///< degrees
+    double length = 0.0;      ///< along strike, m
+    double width = 0.0;       ///< down dip, m
+    double slip = 0.0;        ///< m; exactly 0 contributes nothing
+    double lagtime = 0.0;     ///< start of the slip, s
+    double duration = 0.0;    ///< length of the slip, s
+};
+
+/// A fault source: the elements of one fault file.
+class Fault {
+public:
+    static constexpr std::int32_t FILE_MAX_PATH = 1023;  ///< size of the line buffer
+
+    std::string fileName;               ///< fault parameter file
+    std::int32_t coordType = 0;         ///< kPlaneCoordinates or kGeographicCoordinates
+    std::vector<FAULT_PARAM> elements;  ///< in file order
+
+    Fault() = default;
+    explicit Fault(const PARAM_FAULT& param);
+
+    /// Appends the elements of `fileName` to `elements` and echoes all of them on standard output.
+    /// Returns 1; or 0 after a framed block on standard error. Elements before a malformed line stay.
+    int ReadFile();
+
+    /// Releases the storage of `elements`.
+    void FreeVecMem();
+
+    /// Replaces every occurrence of `from` in `text` by `to`, left to right; inserted text is not scanned again. An
+    /// empty `from` occurs nowhere.
+    static void strReplace(std::string& text, const std::string& from, const std::string& to);
+
+    /// Does nothing. Returns 1.
+    static int TempMethod();
+
+    /// Adds one interval per distinct pair of lag time and duration to `list`. Returns 1; or 0 after a framed block on
+    /// standard error when storage is exhausted.
+    int SetDynamicParam(std::vector<DYNAMIC_PARAM>& list);
+
+    /// Adds the sea-floor displacement of every element, shared out over the intervals of `dyn`, into the snapshots.
+    ///
+    /// mu, lambda: Lame constants, any common unit. horzMinDepth: the horizontal term acts where the topography is
+    /// below minus this, m. tolerance: displacement that sets the distances of the finite and the point source, m; at
+    /// most 1e-5: finite sources everywhere within 30 degrees of arc. horizontalEffect: 1 computes the horizontal term.
+    /// nx, ny, org_x, org_y, dx: the grid, in metres or degrees by regionCoordType. topo: nx * ny values, m.
+    /// vertOut, horzOut: one snapshot of nx * ny values per interval; Okada (1992) vertical displacement, and the
+    /// uplift ux * gx + uy * gy of the slope -grad(topo).
+    ///
+    /// Returns 1; or 0 after a framed block on standard error: a negative tolerance, or an element origin that cannot
+    /// be projected. Contributions of earlier elements stay. Kinds of co-ordinates that differ give no deformation.
+    int Deform2D(float mu, float lambda, float horzMinDepth, double tolerance, int horizontalEffect,
+                 int regionCoordType, int nx, int ny, double org_x, double org_y, float dx, const float* topo,
+                 std::vector<InstantVal2d>& vertOut, std::vector<InstantVal2d>& horzOut, const DynamicParam& dyn);
+};
+
+}  // namespace tidora

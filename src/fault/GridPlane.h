@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "fault/DeformedGrid.h"
+#include "fault/Fault.h"
+
+namespace tidora {
+
+/// A point of the plane, m.
+struct PlanePoint {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+/// Where the points of one column of a window lie in the plane of an element. `count` values each.
+struct ColumnPlaces {
+    std::vector<double> x, y;          ///< m; infinite for a point that has no place in the plane
+    std::vector<std::uint8_t> isNear;  ///< 0: known to be beyond the reach of the element
+
+    void Resize(std::size_t count) {
+        x.resize(count);
+        y.resize(count);
+        isNear.resize(count);
+    }
+};
+
+/// Where an element lies, and how far it can be seen.
+struct ElementPlace {
+    const FAULT_PARAM& element;
+    PlanePoint toCentroid;  ///< from the reference point to the centroid, east and north, m
+    double reach = 0.0;     ///< from the centroid, m
+};
+
+/// The plane co-ordinates of a grid, element by element.
+class GridPlane {
+public:
+    virtual ~GridPlane() = default;
+    GridPlane() = default;
+    GridPlane(const GridPlane&) = delete;
+    GridPlane& operator=(const GridPlane&) = delete;
+
+    /// Turns to an element: sets `origin` to the plane co-ordinates of its reference point and returns a window that
+    /// holds every point within its reach. False when the reference point has no place in the plane.
+    [[nodiscard]] virtual bool TurnTo(const ElementPlace& place, PlanePoint& origin, GridWindow& window) = 0;
+
+    /// The places of column `ix` of that window.
+    virtual void FillColumn(int ix, const GridWindow& window, ColumnPlaces& places) = 0;
+};
+
+/// The plane of a grid in metres.
+[[nodiscard]] std::unique_ptr<GridPlane> MakeMetricPlane(const DeformedGrid& grid);
+
+/// The plane of a grid in degrees: for each element the UTM zone of its own longitude, which is announced on standard
+/// output. Points beyond the element's reach from its reference point along a great circle are left out. Each grid
+/// point is projected at most once per zone.
+[[nodiscard]] std::unique_ptr<GridPlane> MakeProjectedPlane(const DeformedGrid& grid);
+
+}  // namespace tidora

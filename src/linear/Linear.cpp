@@ -1,0 +1,84 @@
+#include "linear/Linear.h"
+
+#include <algorithm>
+#include <cassert>
+#include <cmath>
+#include <cstddef>
+
+#include "support/GridSize.h"
+
+namespace tidora {
+namespace {
+
+constexpr double kTwoPi = 6.283185307179586;
+constexpr double kHalfPi = 1.5707963267948966;
+
+/// The band's line from (x, y), straight north over the height of the grid.
+struct BandLine {
+    double x, y;    ///< south end
+    double lx, ly;  ///< extent
+};
+
+/// index * dx in single precision on purpose, widened before the sum: as every position of a grid is formed.
+double Offset(int index, float dx) noexcept {
+    return static_cast<double>(static_cast<float>(index) * dx);
+}
+
+BandLine LineOf(int nx, int ny, double orgX, double orgY, float dx, double diameter) noexcept {
+    const double x = Offset(nx - 1, dx) + orgX - diameter;
+    // Differences of equal terms: 0 for a finite co-ordinate, not a number otherwise, and then nothing is raised.
+    return {x, orgY, x - x, (Offset(ny - 1, dx) + orgY) - orgY};
+}
+
+/// Distance of the point (px, py) from the line, both relative to its south end. Not a number for a point beside no
+/// part of the line, and where the line has no length or the radicand is negative from rounding. The radicand is
+/// evaluated in this order.
+double DistanceFrom(const BandLine& line, double px, double py) noexcept {
+    const double length2 = line.lx * line.lx + line.ly * line.ly;
+    const double t = line.ly * py + line.lx * px;
+    if (!(t >= 0.0 && t <= length2)) {
+        return std::nan("");
+    }
+    return std::sqrt(py * py + px * px - t * t / length2);
+}
+
+/// Height of the band at a distance from its line, m; 0 outside the band and for an unknown profile.
+float BandHeight(const Linear& band, double distance) noexcept {
+    if (!(distance <= 0.5 * band.diameter)) {
+        return 0.0F;
+    }
+    switch (band.mode) {
+        case 0:
+            return static_cast<float>(band.height);
+        case 1:
+            return static_cast<float>(0.5 * band.height *
+                                      (std::sin(kTwoPi / band.diameter * distance + kHalfPi) + 1.0));
+        default:
+            return 0.0F;
+    }
+}
+
+}  // namespace
+
+Linear::Linear(const PARAM_LINEAR& param) : mode(param.mode), height(param.height), diameter(param.diameter) {}
+
+bool Linear::LinearTdr2D(int nx, int ny, double org_x, double org_y, float dx, const float* /*val*/,
+                         std::vector<InstantVal2d>& instants) const {
+    if (instants.empty() || !IsGridSize(nx, ny)) {
+        return true;
+    }
+    InstantVal2d& first = instants.front();
+    assert(first.num == static_cast<std::uint64_t>(std::int64_t{nx} * ny));
+    const BandLine line = LineOf(nx, ny, org_x, org_y, dx, diameter);
+    std::uint64_t at = 0;
+    for (int ix = 0; ix < nx; ++ix) {
+        const double px = (Offset(ix, dx) + org_x) - line.x;
+        for (int iy = 0; iy < ny && at < first.num; ++iy, ++at) {
+            const double py = (Offset(iy, dx) + org_y) - line.y;
+            first.val[at] += BandHeight(*this, DistanceFrom(line, px, py));
+        }
+    }
+    return true;
+}
+
+}  // namespace tidora

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "region/Region.h"
+
+namespace tidora {
+
+/// Why a writer of a region failed; the values are the writers' codes.
+enum class WriteError {
+    None = 0,
+    CannotWrite = 1,  ///< a file cannot be opened, written or closed, or a name is too long
+    NoValues = 2,     ///< the values that should be written are not there, or are not nx * ny
+};
+
+/// Text of the printf format with its arguments; empty when it does not fit the buffers of a region.
+template <typename... Arguments>
+[[nodiscard]] std::string Formatted(const char* format, Arguments... arguments) {
+    std::string text(static_cast<std::size_t>(Region::FILE_MAX_PATH), '\0');
+    const int length = std::snprintf(text.data(), text.size(), format, arguments...);
+    const bool fits = length >= 0 && static_cast<std::size_t>(length) < text.size();
+    text.resize(fits ? static_cast<std::size_t>(length) : 0);
+    return text;
+}
+
+/// Writes the 28-byte header of a binary grid: the region's geometry.
+[[nodiscard]] bool WriteGridHeader(std::FILE* file, const Region& region);
+
+/// Writes nx * ny values, given in grid order (ix * ny + iy), in file order: row by row from the south, x fastest.
+[[nodiscard]] bool WriteGridValues(std::FILE* file, const Region& region, const float* values);
+
+/// Error block of the writers of binary grids.
+void ReportBinError(WriteError error, const Region& region);
+
+}  // namespace tidora

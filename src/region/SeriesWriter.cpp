@@ -1,0 +1,93 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+#include <iostream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "fault/DynamicParam.h"
+#include "region/GridOutput.h"
+#include "region/Region.h"
+#include "support/ReplacingFile.h"
+
+namespace tidora {
+namespace {
+
+/// Whole seconds, truncated toward zero. What no int holds becomes the smallest one.
+int WholeSeconds(double seconds) noexcept {
+    constexpr double kFirstTooLarge = 2147483648.0;
+    const bool fits = seconds > -kFirstTooLarge - 1.0 && seconds < kFirstTooLarge;
+    return fits ? static_cast<int>(seconds) : std::numeric_limits<int>::min();
+}
+
+bool WriteSnapshot(const std::string& path, const Region& region, const InstantVal2d& snapshot) {
+    ReplacingFile file(path);
+    return file.IsOpen() && WriteGridHeader(file.Stream(), region) &&
+           WriteGridValues(file.Stream(), region, snapshot.val) && file.Commit();
+}
+
+/// One line per snapshot: start and length of its interval, and its path.
+bool WriteList(const std::string& path, const std::vector<std::string>& snapshots, const DynamicParam& dp) {
+    ReplacingFile file(path);
+    if (!file.IsOpen()) {
+        return false;
+    }
+    for (std::size_t k = 0; k < snapshots.size(); ++k) {
+        const std::string line =
+            Formatted("%-16f%-16f%s\n", dp.params[k].validTime, dp.params[k].riseTime, snapshots[k].c_str());
+        if (line.empty() || std::fwrite(line.data(), 1, line.size(), file.Stream()) != line.size()) {
+            return false;
+        }
+    }
+    return file.Commit();
+}
+
+bool HasSnapshotPerInterval(const Region& region, const DynamicParam& dp) noexcept {
+    const auto size = static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
+    const std::vector<InstantVal2d>& instants = region.instants;
+    return instants.size() >= dp.params.size() &&
+           std::all_of(instants.begin(), instants.begin() + static_cast<std::ptrdiff_t>(dp.params.size()),
+                       [size](const InstantVal2d& snapshot) { return snapshot.num == size; });
+}
+
+WriteError WriteSeries(Region& region, const std::string& dir, const DynamicParam& dp) {
+    if (!HasSnapshotPerInterval(region, dp)) {
+        return WriteError::NoValues;
+    }
+    std::vector<std::string> written;
+    for (std::size_t k = 0; k < dp.params.size(); ++k) {
+        const std::string path = Formatted("%s/%s_%s_%04ds.bin", dir.c_str(), region.tag.c_str(), region.name.c_str(),
+                                           WholeSeconds(dp.params[k].validTime));
+        if (path.empty()) {
+            return WriteError::CannotWrite;
+        }
+        std::cout << ">>>>>>>>>>>>>>>>>> Write File : " << path << std::endl;
+        region.outFileName = path;
+        written.push_back(path);
+        if (!WriteSnapshot(path, region, region.instants[k])) {
+            return WriteError::CannotWrite;
+        }
+    }
+    const std::string listPath = Formatted("%s/%s_%s.txt", dir.c_str(), region.tag.c_str(), region.name.c_str());
+    if (listPath.empty()) {
+        return WriteError::CannotWrite;
+    }
+    region.outFileName = listPath;
+    return WriteList(listPath, written, dp) ? WriteError::None : WriteError::CannotWrite;
+}
+
+}  // namespace
+
+int Region::WriteBINDynamic(const std::string& dir, const DynamicParam& dp) {
+    std::cout << std::endl;
+    const WriteError error = WriteSeries(*this, dir, dp);
+    if (error != WriteError::None) {
+        ReportBinError(error, *this);
+        return 0;
+    }
+    std::cout << "<<<<<<<<<<<<<<<<<< Completed. (" << tag << ")" << std::endl;
+    return 1;
+}
+
+}  // namespace tidora
