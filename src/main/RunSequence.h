@@ -1,0 +1,81 @@
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include "config/ConfReader.h"
+#include "fault/DynamicParam.h"
+#include "fault/Fault.h"
+#include "linear/Linear.h"
+#include "region/Region.h"
+
+namespace tidora {
+
+/// How a run ended; the values are the codes of the driver's message table.
+enum class RunCode {
+    Success = 0,
+    Configuration = 1,
+    FaultFile = 2,
+    Topography = 3,   ///< also an initial-wave series that cannot be written
+    Deformation = 4,  ///< also the linear band
+    MapFile = 15,     ///< a vertical or horizontal series that cannot be written
+    KajiuraFilter = 22,
+};
+
+/// The body of a run behind the configuration: regions, fault and intervals are set up, then every region is deformed,
+/// filtered and written in ascending number. Progress goes to standard output, error blocks to standard error.
+class RunSequence {
+public:
+    /// Takes the values of `conf`, which outlives the run.
+    explicit RunSequence(const ConfReader& conf);
+    ~RunSequence();
+    RunSequence(const RunSequence&) = delete;
+    RunSequence& operator=(const RunSequence&) = delete;
+
+    /// Runs every phase in order; the first failure ends it. Files already written stay.
+    [[nodiscard]] RunCode Run();
+
+private:
+    using RegionTable = std::map<int, Region>;
+
+    /// The four regions of one number.
+    struct RegionSet {
+        Region& topography;
+        Region& initialWave;
+        Region& vertical;
+        Region& horizontal;
+    };
+
+    [[nodiscard]] RunCode SetUp();
+    [[nodiscard]] RunCode RunRegion(int number);
+    void CleanUp();
+
+    void BuildRegionTables();
+    [[nodiscard]] RunCode ReadFaults();
+    void CollectIntervals();
+    [[nodiscard]] RunCode ReadFirstTopography();
+
+    void PrepareRegion(RegionSet& set);
+    [[nodiscard]] RunCode Deform(RegionSet& set);
+    void FormInitialWave(RegionSet& set) const;
+    [[nodiscard]] RunCode AddLinearBand(RegionSet& set);
+    [[nodiscard]] RunCode Filter(RegionSet& set);
+    [[nodiscard]] RunCode Write(RegionSet& set) const;
+
+    [[nodiscard]] RegionSet SetOf(int number);
+    [[nodiscard]] bool HasFilter() const noexcept { return m_conf.kajiuraFilter == 1; }
+    [[nodiscard]] bool HasHorizontal() const noexcept { return m_conf.horizontalEffect == 1; }
+    void ReleaseRegions();
+
+    const ConfReader& m_conf;
+    RegionTable m_topography;
+    RegionTable m_initialWave;
+    RegionTable m_vertical;
+    RegionTable m_horizontal;
+    std::vector<Fault> m_faults;
+    DynamicParam m_intervals;
+    Linear m_linear;
+    std::vector<float> m_parentWork;  ///< the filter's sum of the parent's snapshots
+};
+
+}  // namespace tidora
