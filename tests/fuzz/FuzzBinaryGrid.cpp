@@ -1,0 +1,15 @@
+#include "FuzzInput.h"
+#include "region/GridFile.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const FuzzFile file(data, size);
+    tidora::GridFile grid;
+    const tidora::GridError error = tidora::ReadBinaryGrid(file.Path(), grid);
+    const std::size_t promised = 28 + grid.values.size() * sizeof(float);
+    if (error == tidora::GridError::None) {
+        Require(grid.values.size() == static_cast<std::size_t>(std::int64_t{grid.nx} * grid.ny) && promised <= size);
+    } else {
+        Require(error == tidora::GridError::BadCount && grid.values.empty());
+    }
+    return 0;
+}
