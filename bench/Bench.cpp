@@ -1,0 +1,168 @@
+// Times the library against its literal versions, in turns within one run. Every result is verified first; a wrong one
+// ends the program with status 1. Prints the ratio of processor times (median, least, most of the turns) beside the
+// bar.
+
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "PairedRun.h"
+#include "Scenes.h"
+#include "okada/DC3D.h"
+#include "okada/SurfaceBatch.h"
+#include "reference/KajiuraReference.h"
+#include "region/KajiuraFilter.h"
+#include "support/InstructionSet.h"
+
+namespace {
+
+using bench::DeformScene;
+using bench::Ratio;
+
+struct Bars {
+    double avx512, avx2;
+};
+
+[[noreturn]] void Fail(const char* what) {
+    std::fprintf(stderr, "wrong result: %s\n", what);
+    std::exit(1);
+}
+
+void PrintHeader() {
+    std::printf("%-62s %8s %8s %8s %8s\n", "work", "ratio", "least", "most", "bar");
+}
+
+void PrintRatio(const char* work, const Ratio& ratio, const Bars& bars) {
+    const tidora::InstructionSet set = tidora::CurrentInstructionSet();
+    std::printf("%-62s %8.1f %8.1f %8.1f", work, ratio.median, ratio.least, ratio.most);
+    if (set == tidora::InstructionSet::Baseline) {
+        std::printf(" %8s\n", "-");
+    } else {
+        std::printf(" %8.0f\n", set == tidora::InstructionSet::Avx512 ? bars.avx512 : bars.avx2);
+    }
+    std::fflush(stdout);
+}
+
+void BenchKernel() {
+    constexpr std::size_t kPoints = 20000;
+    tidora::RectangleSource s;
+    s.dip = 13.0F;
+    s.al2 = 5e4F;
+    s.aw1 = -2.5e4F;
+    s.strikeSlip = 0.5F;
+    s.dipSlip = 3.0F;
+    std::mt19937 random(1);
+    std::vector<float> x(kPoints), y(kPoints), depth(kPoints), ux(kPoints), uy(kPoints), scalar(kPoints),
+        batch(kPoints);
+    for (std::size_t i = 0; i < kPoints; ++i) {
+        x[i] = std::uniform_real_distribution<float>(-3e5F, 3e5F)(random);
+        y[i] = std::uniform_real_distribution<float>(-3e5F, 3e5F)(random);
+        depth[i] = std::uniform_real_distribution<float>(2e3F, 1e4F)(random);
+    }
+    const auto runScalar = [&] {
+        const float zero = 0.0F;
+        float g[9];
+        int status = 0;
+        for (std::size_t i = 0; i < kPoints; ++i) {
+            dc3d_(&s.alpha, &x[i], &y[i], &zero, &depth[i], &s.dip, &s.al1, &s.al2, &s.aw1, &s.aw2, &s.strikeSlip,
+                  &s.dipSlip, &zero, &ux[i], &uy[i], &scalar[i], g, g + 1, g + 2, g + 3, g + 4, g + 5, g + 6, g + 7,
+                  g + 8, &status);
+        }
+    };
+    const auto runBatch = [&] {
+        for (int repeat = 0; repeat < 10; ++repeat) {  // long enough for the clock
+            tidora::FiniteSurfaceBatch(s, {kPoints, x.data(), y.data(), depth.data()},
+                                       {nullptr, nullptr, batch.data()});
+        }
+    };
+    runScalar();
+    runBatch();
+    for (std::size_t i = 0; i < kPoints; ++i) {
+        if (std::abs(batch[i] - scalar[i]) > 1.2e-7F * std::abs(scalar[i])) {
+            Fail("finite source");
+        }
+    }
+    Ratio ratio = bench::Compare(runScalar, runBatch);
+    ratio.median *= 10.0;
+    ratio.least *= 10.0;
+    ratio.most *= 10.0;
+    PrintRatio("finite source, vertical only, kernel alone, per point", ratio, {18, 9});
+    std::printf("    %.1f ns and %.1f ns per point\n", ratio.slowSeconds / kPoints * 1e9,
+                ratio.fastSeconds / 10.0 / kPoints * 1e9);
+}
+
+void BenchDeformation(const char* work, DeformScene scene, const Bars& bars) {
+    DeformScene literal = scene;
+    scene.Reset();
+    literal.Reset();
+    scene.RunFast();
+    literal.RunLiteral();
+    if (bench::LargestDifference(scene, literal) > 1.2e-7) {
+        Fail(work);
+    }
+    PrintRatio(work, bench::Compare([&] { literal.RunLiteral(); }, [&] { scene.RunFast(); }), bars);
+}
+
+void BenchFilter() {
+    constexpr int n = 260;
+    std::vector<float> topo, uplift;
+    for (int ix = 0; ix < n; ++ix) {
+        for (int iy = 0; iy < n; ++iy) {
+            const double along = static_cast<double>(ix) / n;
+            const double across = static_cast<double>(iy) / n;
+            topo.push_back(static_cast<float>(-100.0 - 6900.0 * (0.5 + 0.5 * std::sin(9.0 * along + 4.0 * across))));
+            uplift.push_back(static_cast<float>(3.0 * std::sin(20.0 * along) * std::cos(17.0 * across)));
+        }
+    }
+    const tidora::SampledGrid grid = {n, n, 1000.0, 2000.0, 1000.0F, uplift.data()};
+    std::vector<float> fast = uplift;
+    std::vector<tidora::InstantVal2d> literal(1);
+    literal[0].Reset(uplift.size());
+    const auto runLiteral = [&] {
+        std::copy(uplift.begin(), uplift.end(), literal[0].val);
+        tidora::reference::KajiuraReference({n, n, 1000.0, 2000.0, 1000.0F}, topo.data(), 0, {}, {}, {}, literal);
+    };
+    const auto runFast = [&] { tidora::FilterUplift(grid, nullptr, topo.data(), fast.data()); };
+    runLiteral();
+    runFast();
+    if (std::memcmp(literal[0].val, fast.data(), fast.size() * sizeof(float)) != 0) {
+        Fail("filter");
+    }
+    const Ratio ratio = bench::Compare(runLiteral, runFast);
+    PrintRatio("Kajiura filter, 260 x 260, depth 100-7000 m, 1 km", ratio, {25, 12});
+    std::printf("    %.1f us and %.2f us per point\n", ratio.slowSeconds / (n * n) * 1e6,
+                ratio.fastSeconds / (n * n) * 1e6);
+}
+
+/// Cost where the grid grows and the elements stay; the ratio is large over small, so less is better.
+void BenchGrowth() {
+    DeformScene small = bench::SmallElementsScene(350);
+    DeformScene large = bench::SmallElementsScene(1400);
+    small.Reset();
+    large.Reset();
+    const Ratio ratio = bench::Compare([&] { large.RunFast(); }, [&] { small.RunFast(); });
+    std::printf("%-62s %8.2f %8.2f %8.2f %8.2f (at most)\n", "16 times the area around the same 200 small elements",
+                ratio.median, ratio.least, ratio.most, 1.5);
+}
+
+}  // namespace
+
+int main() {
+    for (auto set = tidora::AvailableInstructionSets().rbegin(); set != tidora::AvailableInstructionSets().rend();
+         ++set) {
+        tidora::ForceInstructionSet(*set);
+        std::printf("\ninstruction set: %s\n", tidora::NameOf(*set));
+        PrintHeader();
+        BenchKernel();
+        BenchDeformation("deformation, plane 700 x 700, 12 elements, slope term", bench::PlaneScene(700, 12), {15, 8});
+        BenchDeformation("deformation, geographic 480 x 400, 40 elements", bench::GeographicScene(480, 400, 40),
+                         {30, 15});
+        BenchFilter();
+        BenchGrowth();
+    }
+    return 0;
+}
