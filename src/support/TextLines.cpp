@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -55,11 +56,12 @@ double LenientDouble(const char* text) noexcept {
 
 double LenientDouble(const char* text, std::size_t length) {
     // A plain number that fills its token, which is nearly every one: both conversions round correctly, and this one is
-    // several times faster. Everything else (a plus sign, "0x", overflow, text behind the number) is left to strtod.
+    // several times faster. Everything else (a plus sign, "0x", overflow, text behind the number) is left to strtod,
+    // and so is what is no number: strtod keeps the digits of "nan(12)" in the value's bits.
     const char* const end = text + length;
     double value = 0.0;
     const std::from_chars_result result = std::from_chars(text, end, value);
-    if (result.ec == std::errc() && (result.ptr == end || *result.ptr == '\n')) {
+    if (result.ec == std::errc() && (result.ptr == end || *result.ptr == '\n') && !std::isnan(value)) {
         return value;
     }
     // strtod skips leading white space: a token that starts with a carriage return, say, must not run on into the next.
