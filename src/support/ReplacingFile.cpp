@@ -1,9 +1,8 @@
 #include "support/ReplacingFile.h"
 
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <memory>
+#include <filesystem>
+#include <system_error>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,7 +11,7 @@
 namespace tidora {
 namespace {
 
-/// Closes a file descriptor that only looked.
+/// Whether what stands there may be overwritten.
 bool CanOpenForWriting(const std::string& path) {
     // Not truncated, not created, and no waiting for the reader of a pipe.
     const int descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
@@ -23,14 +22,20 @@ bool CanOpenForWriting(const std::string& path) {
     return true;
 }
 
-/// The file behind a chain of symbolic links; `path` itself where there is none.
+/// Where a file opened as `path` lies: behind a chain of symbolic links, whether or not something is there; `path`
+/// itself where there is none. Step by step, since nothing that resolves whole paths does so for what is not there.
 std::string Resolved(const std::string& path) {
-    struct Free {
-        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): realpath allocates so
-        void operator()(char* text) const noexcept { std::free(text); }
-    };
-    const std::unique_ptr<char, Free> resolved(realpath(path.c_str(), nullptr));
-    return resolved ? resolved.get() : path;
+    constexpr int kLinks = 40;  // as many as the system follows
+    std::filesystem::path resolved = path;
+    for (int link = 0; link < kLinks; ++link) {
+        std::error_code isNoLink;
+        const std::filesystem::path target = std::filesystem::read_symlink(resolved, isNoLink);
+        if (isNoLink) {
+            break;
+        }
+        resolved = resolved.parent_path() / target;
+    }
+    return resolved.string();
 }
 
 /// A name in the folder of `path` that no result has: hidden, and without the ending of one.
@@ -43,24 +48,21 @@ std::string PartName(const std::string& path, int attempt) {
 }  // namespace
 
 ReplacingFile::ReplacingFile(const std::string& path) : m_finalPath(Resolved(path)) {
-    if (path.empty()) {
-        return;
-    }
     struct stat status {};
-    const bool exists = stat(m_finalPath.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
-        m_file.reset(std::fopen(m_finalPath.c_str(), "wb"));
+    const bool exists = stat(path.c_str(), &status) == 0;
+    if (path.empty() || (!exists && errno != ENOENT)) {
+        return;  // a chain of links without end, say: it cannot be opened, though it could be replaced
+    }
+    const bool isFile = exists && S_ISREG(status.st_mode);
+    if (isFile && !CanOpenForWriting(path)) {
         return;
     }
-    if (exists && !CanOpenForWriting(m_finalPath)) {
-        return;
+    if (isFile || !exists) {
+        OpenBeside();
     }
-    OpenBeside();
-    if (!m_file && exists) {
-        m_partPath.clear();
-        m_file.reset(std::fopen(m_finalPath.c_str(), "wb"));
-    }
-    if (m_file && exists) {
+    if (!m_file) {
+        m_file.reset(std::fopen(path.c_str(), "wb"));
+    } else if (exists) {
         fchmod(fileno(m_file.get()), status.st_mode & 07777U);
     }
 }
@@ -74,12 +76,10 @@ ReplacingFile::~ReplacingFile() {
 
 void ReplacingFile::OpenBeside() {
     constexpr int kAttempts = 100;  // a process of the same number may have left its own behind
-    constexpr mode_t kMode = 0666;  // less the umask, as any file that a program creates
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         m_partPath = PartName(m_finalPath, attempt);
-        const int descriptor = open(m_partPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode);
-        if (descriptor >= 0) {
-            m_file.reset(fdopen(descriptor, "wb"));
+        m_file.reset(std::fopen(m_partPath.c_str(), "wbxe"));  // new, and not passed on to other programs
+        if (m_file) {
             return;
         }
         if (errno != EEXIST) {

@@ -10,8 +10,8 @@ namespace tidora {
 /// A file that appears under its name only when it is complete: it is written beside the name and then renamed, so that
 /// neither a failure nor an interruption leaves half a result that a script could take for a whole one.
 ///
-/// What cannot be replaced is written in place: a device or a pipe, and a file in a folder that takes no new ones. A
-/// symbolic link is followed.
+/// What cannot be replaced is written in place: a device or a pipe, and a file in a folder that takes no new ones, or
+/// none of a longer name. A symbolic link is followed, also to where no file is yet.
 class ReplacingFile {
 public:
     /// Opens for writing. IsOpen() is then false exactly when `path` itself could not have been opened for writing.

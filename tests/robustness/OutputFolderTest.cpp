@@ -147,6 +147,9 @@ TEST_CASE("a directory in the place of a result ends the run there, and the resu
 }
 
 TEST_CASE("a full device in the place of a result ends the run there, and the results before it stay") {
+    if (!HasFullDevice()) {
+        return;
+    }
     for (const std::string& blocked : SeriesFilesInOrder()) {
         CAPTURE(blocked);
         const RunFolder folder;
@@ -156,6 +159,29 @@ TEST_CASE("a full device in the place of a result ends the run there, and the re
         CheckWrittenUpTo(folder, blocked);
         CHECK(fs::is_symlink(folder.At(blocked)));
         CheckFailure(ending, folder, MessageOfSeries(blocked), kCannotWrite);
+    }
+}
+
+TEST_CASE("a link in the place of a result leads to where the result is written, be it there or not") {
+    const RunFolder folder;
+    CheckSuccess(RunIn(folder.Path()), folder);
+    for (const bool hasEarlier : {false, true}) {
+        for (const std::string& linked : SeriesFilesInOrder()) {
+            CAPTURE(linked);
+            CAPTURE(hasEarlier);
+            const std::string expected = FileBytes(folder.At(linked));
+            folder.MakeFolder("elsewhere");
+            if (hasEarlier) {
+                folder.Put("elsewhere/result", kEarlier);
+            }
+            folder.Link(linked, "../elsewhere/result");
+            CheckSuccess(RunIn(folder.Path()), folder);
+            CHECK(fs::is_symlink(folder.At(linked)));
+            CHECK(FileBytes(folder.At("elsewhere/result")) == expected);
+            folder.Remove(linked);
+            folder.Remove("elsewhere");
+            folder.Put(linked, expected);
+        }
     }
 }
 

@@ -29,6 +29,10 @@ private:
 
 [[nodiscard]] bool FileExists(const std::string& path);
 
+/// Whether "/dev/full", on which every write fails for want of space, is that device. Prints the reason when not: where
+/// the device is missing, the superuser would make a file of that name.
+[[nodiscard]] bool HasFullDevice();
+
 /// Makes `path` the current folder until the end of the scope.
 class CurrentFolder {
 public:
