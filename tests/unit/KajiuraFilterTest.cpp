@@ -4,10 +4,12 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <doctest/doctest.h>
 
+#include "region/KajiuraFilter.h"
 #include "unit/FilterCase.h"
 
 using tidora::InstantVal2d;
@@ -216,6 +218,18 @@ TEST_CASE("each snapshot is filtered by itself with the parent's snapshot of the
             CAPTURE(at);
             CHECK(BitsOf(together[k].val[at]) == BitsOf(alone[0].val[at]));
         }
+    }
+}
+
+TEST_CASE("a grid without columns or rows is left alone") {
+    const float values[] = {1.0F, 2.0F};
+    const float topography[] = {-100.0F, -100.0F};
+    for (const auto& [nx, ny] : {std::pair(0, 2), std::pair(2, 0), std::pair(-1, -2)}) {
+        CAPTURE(nx);
+        float result[] = {3.0F, 4.0F};
+        tidora::FilterUplift({nx, ny, 0.0, 0.0, 10.0F, values}, nullptr, topography, result);
+        CHECK(result[0] == 3.0F);
+        CHECK(result[1] == 4.0F);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -242,6 +243,25 @@ TEST_CASE("a text grid that cannot be opened names the input grid, and earlier o
                                               "Particular attention should be given to \"Region ASCII File\".",
                                               "Region ASCII File > wave.txt"}));
     CHECK(FileExists(scratch.At("Tdr007_0000.txt")));
+}
+
+TEST_CASE("a text grid that cannot be written in full is a failure, whether the stream notices early or at its end") {
+    if (!HasFullDevice()) {
+        return;
+    }
+    for (const int side : {3, 200}) {
+        CAPTURE(side);
+        const ScratchFolder scratch;
+        std::filesystem::create_symlink("/dev/full", scratch.At("TPG007_0000.txt"));
+        OwnedRegion owned(tidora::RTYPE_TOPOGRAPHY);
+        owned.region.FreeVecMem();
+        owned.region.Set2dStruct(side, side, 0.0, 0.0, 1.0);
+        owned.region.val = new float[static_cast<std::size_t>(side * side)]();
+        const Printed printed = WriteText(owned.region, scratch.Path(), false);
+        CHECK(printed.result == 0);
+        CHECK(Contains(printed.err, "  ERROR-DETAIL:Abnormal action at Writing ASCII File Method.\n"));
+        CHECK(std::filesystem::is_symlink(scratch.At("TPG007_0000.txt")));
+    }
 }
 
 TEST_CASE("each kind has its own entry in the calculation parameters") {
