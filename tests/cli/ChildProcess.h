@@ -5,7 +5,7 @@
 
 /// What a program left behind when it ended.
 struct ProcessResult {
-    std::string status;  ///< "0", "1", ...; "signal N"; "no end within N s"
+    std::string status;  ///< "0", "1", ...; "signal N"; "no end within N min"
     std::string out;
     std::string err;
 };

@@ -7,7 +7,10 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
+
+#include <unistd.h>
 
 #include "CaseFile.h"
 #include "ChildProcess.h"
@@ -17,13 +20,27 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder for this case alone, empty whatever an earlier run left there.
-fs::path FreshFolder(const fs::path& root, const fs::path& caseFile) {
-    const fs::path folder = fs::absolute(root) / caseFile.stem();
-    fs::remove_all(folder);
-    fs::create_directories(folder / "work");
-    return folder;
-}
+/// A folder for this case alone, until the end of its scope: the process number keeps it apart from the same case of
+/// another test run.
+class CaseFolder {
+public:
+    CaseFolder(const fs::path& root, const fs::path& caseFile)
+        : m_path(fs::absolute(root) / (caseFile.stem().string() + "_" + std::to_string(getpid()))) {
+        fs::remove_all(m_path);
+        fs::create_directories(m_path / "work");
+    }
+    ~CaseFolder() {
+        std::error_code ignored;
+        fs::remove_all(m_path, ignored);
+    }
+    CaseFolder(const CaseFolder&) = delete;
+    CaseFolder& operator=(const CaseFolder&) = delete;
+
+    [[nodiscard]] fs::path operator/(const char* name) const { return m_path / name; }
+
+private:
+    fs::path m_path;
+};
 
 void WriteInputs(const CaseFile& testCase, const fs::path& folder) {
     for (const std::string& name : testCase.directories) {
@@ -40,7 +57,7 @@ void WriteInputs(const CaseFile& testCase, const fs::path& folder) {
 
 std::vector<std::string> RunCase(const std::string& program, const fs::path& caseFile, const fs::path& root) {
     const CaseFile testCase = ReadCaseFile(caseFile);
-    const fs::path folder = FreshFolder(root, caseFile);
+    const CaseFolder folder(root, caseFile);
     const fs::path work = folder / "work";
     WriteInputs(testCase, work);
     const ProcessResult result = RunProgram(fs::absolute(program), testCase.arguments, work.string(),

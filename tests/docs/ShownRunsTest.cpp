@@ -3,9 +3,12 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <doctest/doctest.h>
+
+#include <unistd.h>
 
 #include "cli/ChildProcess.h"
 #include "docs/Documents.h"
@@ -15,13 +18,27 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// An empty folder for one test case.
-fs::path FreshFolder(const std::string& name) {
-    const fs::path folder = fs::path(TIDORA_SCRATCH_ROOT) / name;
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    return folder;
-}
+// An empty folder for one test case, until the end of its scope: the process number keeps it apart from the same case
+// of another test run.
+class FreshFolder {
+public:
+    explicit FreshFolder(const std::string& name)
+        : m_path(fs::path(TIDORA_SCRATCH_ROOT) / (name + "_" + std::to_string(getpid()))) {
+        fs::remove_all(m_path);
+        fs::create_directories(m_path);
+    }
+    ~FreshFolder() {
+        std::error_code ignored;
+        fs::remove_all(m_path, ignored);
+    }
+    FreshFolder(const FreshFolder&) = delete;
+    FreshFolder& operator=(const FreshFolder&) = delete;
+
+    [[nodiscard]] const fs::path& Path() const noexcept { return m_path; }
+
+private:
+    fs::path m_path;
+};
 
 void Write(const fs::path& path, const std::string& text) {
     std::ofstream file(path, std::ios::binary);
@@ -29,9 +46,9 @@ void Write(const fs::path& path, const std::string& text) {
 }
 
 ProcessResult Run(const std::string& program, const std::vector<std::string>& arguments, const fs::path& folder) {
-    const fs::path streams = FreshFolder(folder.filename().string() + "-streams");
-    return RunProgram(program, arguments, folder.string(), (streams / "stdout").string(),
-                      (streams / "stderr").string());
+    const FreshFolder streams("streams");
+    return RunProgram(program, arguments, folder.string(), (streams.Path() / "stdout").string(),
+                      (streams.Path() / "stderr").string());
 }
 
 void CheckShown(const std::string& shown, const std::string& actual) {
@@ -44,7 +61,8 @@ void CheckShown(const std::string& shown, const std::string& actual) {
 
 TEST_CASE("the run of the manual prints and writes what the manual shows") {
     const std::string manual = SourceText("docs/manual.md");
-    const fs::path folder = FreshFolder("manual");
+    const FreshFolder fresh("manual");
+    const fs::path& folder = fresh.Path();
     for (const char* const name : {"TdrConf.txt", "fault.txt", "bay.txt"}) {
         Write(folder / name, ShownBlock(manual, std::string("file ") + name));
     }
@@ -56,7 +74,8 @@ TEST_CASE("the run of the manual prints and writes what the manual shows") {
 }
 
 TEST_CASE("without an argument the program prints the usage text that the manual shows") {
-    const ProcessResult result = Run(TIDORA_PROGRAM, {}, FreshFolder("usage"));
+    const FreshFolder folder("usage");
+    const ProcessResult result = Run(TIDORA_PROGRAM, {}, folder.Path());
     CHECK(result.status == "0");
     CheckShown(ShownBlock(SourceText("docs/manual.md"), "stdout of Tidora"), result.out);
 }
@@ -71,7 +90,8 @@ TEST_CASE("the manual names the message of every code that a run can raise") {
 }
 
 TEST_CASE("the geographic example prints what the README shows") {
-    const fs::path folder = FreshFolder("tohoku2011");
+    const FreshFolder fresh("tohoku2011");
+    const fs::path& folder = fresh.Path();
     const fs::path example = fs::path(TIDORA_SOURCE_ROOT) / "examples/tohoku2011";
     fs::create_directories(folder / "geo");
     fs::copy_file(example / "geo/TdrConf.txt", folder / "geo/TdrConf.txt");
@@ -84,7 +104,8 @@ TEST_CASE("the geographic example prints what the README shows") {
 TEST_CASE("the library example of the README is the one that is built, and prints what is shown") {
     const std::string readme = SourceText("README.md");
     CHECK(ShownBlock(readme, "source: tests/docs/LibraryExample.cpp") == SourceText("tests/docs/LibraryExample.cpp"));
-    const ProcessResult result = Run(TIDORA_LIBRARY_EXAMPLE, {}, FreshFolder("library"));
+    const FreshFolder folder("library");
+    const ProcessResult result = Run(TIDORA_LIBRARY_EXAMPLE, {}, folder.Path());
     CHECK(result.status == "0");
     CheckShown(ShownBlock(readme, "stdout of the library example"), result.out);
 }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include <unistd.h>
+
 #include "robustness/Outcome.h"
 #include "robustness/SmallDisk.h"
 #include "unit/ExpectedText.h"
@@ -29,6 +31,16 @@ void PutLargeGrid(const RunFolder& folder) {
 }
 
 constexpr std::uint64_t kLargeResult = 28 + 4 * 100 * 100;
+
+/// What a file takes at least on a small disk.
+std::size_t PageSize() {
+    return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+/// What a file of `bytes` takes there.
+std::size_t InPages(std::uint64_t bytes) {
+    return (bytes + PageSize() - 1) / PageSize() * PageSize();
+}
 
 Surroundings WithLargestFile(std::uint64_t bytes) {
     Surroundings surroundings;
@@ -85,8 +97,7 @@ TEST_CASE("a list that breaks off is not there, and the grids before it are") {
 }
 
 TEST_CASE("on a disk of any size the results that have room are whole, in order, and the failing series is named") {
-    // Four kibibytes a file and more: the number of pages decides which file fails.
-    constexpr std::size_t kPage = 4096;
+    // A page a file and more: the number of pages decides which file fails.
     const std::vector<std::string> files = SeriesFilesInOrder({0, 30});
     const RunFolder folder;
     folder.Put("fault.txt", FaultLine(0) + FaultLine(30));
@@ -97,7 +108,7 @@ TEST_CASE("on a disk of any size the results that have room are whole, in order,
     bool hasFailed = false;
     for (std::size_t pages = 1; writtenBefore < files.size() && pages < 40; pages += 2) {
         CAPTURE(pages);
-        const SmallDisk disk(folder.At("out"), pages * kPage);
+        const SmallDisk disk(folder.At("out"), pages * PageSize());
         if (!disk.IsThere()) {
             return;
         }
@@ -125,7 +136,7 @@ TEST_CASE("earlier results survive a run that finds the disk full") {
     PutLargeGrid(folder);
     folder.MakeFolder("out");
     // Room for one set of results of a single interval, but not for one more grid beside it.
-    const std::size_t room = 3 * 40960 + 3 * 4096 + 8192;
+    const std::size_t room = 3 * InPages(kLargeResult) + 3 * PageSize() + InPages(kLargeResult) - PageSize();
     const SmallDisk disk(folder.At("out"), room);
     if (!disk.IsThere()) {
         return;

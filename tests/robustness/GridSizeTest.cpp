@@ -6,7 +6,6 @@
 #include <cstdint>
 
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -37,10 +36,15 @@ const GridSize kUnfilledSizes[] = {
     {3, 2, "more than the file holds"},
 };
 
-/// Bytes that nobody has read yet.
-int WaitingIn(int pipe) {
-    int count = 0;
-    return ioctl(pipe, FIONREAD, &count) == 0 ? count : -1;
+/// The writing end of a pipe, once somebody has opened it for reading; -1 when nobody does.
+int OpenOnceRead(const std::string& pipe) {
+    constexpr int kPatience = 600000;  // milliseconds, for the busiest machine
+    int descriptor = -1;
+    for (int waited = 0; descriptor < 0 && waited < kPatience; ++waited) {
+        descriptor = open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        usleep(descriptor < 0 ? 1000 : 0);
+    }
+    return descriptor;
 }
 
 }  // namespace
@@ -72,16 +76,13 @@ TEST_CASE("a pipe that promises more than it delivers is refused") {
         const RunFolder folder;
         folder.Put(Configuration().Set(kTopography, "topo.bin"));
         REQUIRE(mkfifo(folder.At("topo.bin").c_str(), 0644) == 0);
-        const int pipe = open(folder.At("topo.bin").c_str(), O_RDWR | O_CLOEXEC);
-        REQUIRE(pipe >= 0);
         const std::string sent = BinaryGrid(0, 0, side, side, 1000).substr(0, 28) + std::string(16, '\0');
-        REQUIRE(write(pipe, sent.data(), sent.size()) == static_cast<ssize_t>(sent.size()));
         RunningProgram run(folder.Path());
-        CHECK(run.WaitForOutput(">>>> Read Binary File\n"));
-        for (int patience = 0; WaitingIn(pipe) > 0 && patience < 5000; ++patience) {
-            usleep(1000);
-        }
-        close(pipe);  // the reader has it open, and now meets its end
+        REQUIRE(run.WaitForOutput(">>>> Read Binary File\n"));
+        const int pipe = OpenOnceRead(folder.At("topo.bin"));
+        REQUIRE(pipe >= 0);
+        CHECK(write(pipe, sent.data(), sent.size()) == static_cast<ssize_t>(sent.size()));
+        close(pipe);  // the run reads what was sent, and then meets the end
         CheckFailure(run.End(), folder, kTopographyError, "ALL DATA NUM > 0");
     }
 }

@@ -16,7 +16,7 @@ struct Surroundings {
 
 /// How a run ended.
 struct Ending {
-    std::string status;  ///< "0", "1", ...; "signal N"; "no end within N s"
+    std::string status;  ///< "0", "1", ...; "signal N"; "no end within N min"
     std::string out;
     std::string err;
 };
