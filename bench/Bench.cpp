@@ -151,18 +151,31 @@ void BenchGrowth() {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    const std::string wanted = argc > 1 ? argv[1] : "";
+    const auto isWanted = [&wanted](const char* name) { return std::string(name).find(wanted) != std::string::npos; };
     for (auto set = tidora::AvailableInstructionSets().rbegin(); set != tidora::AvailableInstructionSets().rend();
          ++set) {
         tidora::ForceInstructionSet(*set);
         std::printf("\ninstruction set: %s\n", tidora::NameOf(*set));
         PrintHeader();
-        BenchKernel();
-        BenchDeformation("deformation, plane 700 x 700, 12 elements, slope term", bench::PlaneScene(700, 12), {15, 8});
-        BenchDeformation("deformation, geographic 480 x 400, 40 elements", bench::GeographicScene(480, 400, 40),
-                         {30, 15});
-        BenchFilter();
-        BenchGrowth();
+        if (isWanted("kernel")) {
+            BenchKernel();
+        }
+        if (isWanted("plane")) {
+            BenchDeformation("deformation, plane 700 x 700, 12 elements, slope term", bench::PlaneScene(700, 12),
+                             {15, 8});
+        }
+        if (isWanted("geographic")) {
+            BenchDeformation("deformation, geographic 480 x 400, 40 elements", bench::GeographicScene(480, 400, 40),
+                             {30, 15});
+        }
+        if (isWanted("filter")) {
+            BenchFilter();
+        }
+        if (isWanted("growth")) {
+            BenchGrowth();
+        }
     }
     return 0;
 }

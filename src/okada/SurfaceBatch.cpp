@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 
 #include "okada/SurfaceKernelArguments.h"
 #include "okada/SurfaceSource.h"
@@ -10,9 +11,6 @@
 
 namespace tidora {
 namespace {
-
-/// Points between two looks at the singular ones: their flags live on the stack.
-constexpr std::size_t kChunk = 1024;
 
 /// Size of displacement below which the rounding of the scalar routine can show in single precision. Its terms, up to
 /// about 12 / cos^2 per unit of dislocation over 2 pi (logarithms of some 1e5 m, divided by the square of the cosine of
@@ -38,7 +36,7 @@ const SurfaceKernels& Kernels() noexcept {
 }
 
 SurfacePoints Part(const SurfacePoints& points, std::size_t at) noexcept {
-    return {std::min(kChunk, points.count - at), points.x + at, points.y + at, points.depth + at};
+    return {std::min(kKernelPoints, points.count - at), points.x + at, points.y + at, points.depth + at};
 }
 
 SurfaceDisplacements Part(const SurfaceDisplacements& out, std::size_t at) noexcept {
@@ -54,19 +52,18 @@ void Store(const Row& u, const SurfaceDisplacements& out, std::size_t at) noexce
     }
 }
 
-/// Runs kernel(points, out, singular) chunk by chunk and scalar(x, y, depth) at the points that it flags.
+/// Runs kernel(points, out, singular) chunk by chunk and scalar(x, y, depth) at the points that it leaves.
 template <typename Kernel, typename Scalar>
 void RunWithScalarPoints(const SurfacePoints& points, const SurfaceDisplacements& out, Kernel kernel,
                          Scalar scalar) noexcept {
-    std::array<unsigned char, kChunk> singular{};
-    for (std::size_t at = 0; at < points.count; at += kChunk) {
+    std::array<std::uint16_t, kKernelPoints> singular;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled first
+    for (std::size_t at = 0; at < points.count; at += kKernelPoints) {
         const SurfacePoints some = Part(points, at);
         const SurfaceDisplacements u = Part(out, at);
-        kernel(some, u, singular.data());
-        for (std::size_t i = 0; i < some.count; ++i) {
-            if (singular[i] != 0) {
-                Store(scalar(some.x[i], some.y[i], some.depth[i]), u, i);
-            }
+        const std::size_t count = kernel(some, u, singular.data());
+        for (std::size_t n = 0; n < count; ++n) {
+            const std::size_t i = singular[n];
+            Store(scalar(some.x[i], some.y[i], some.depth[i]), u, i);
         }
     }
 }
@@ -97,8 +94,8 @@ void FiniteSurfaceBatch(const RectangleSource& source, const SurfacePoints& poin
     const SurfaceKernels::Finite kernel = Kernels().finite[out.ux != nullptr ? 1 : 0][m.CD == 0.0 ? 1 : 0];
     RunWithScalarPoints(
         points, out,
-        [&](const SurfacePoints& some, const SurfaceDisplacements& u, unsigned char* singular) {
-            kernel(kernelSource, some, u, singular);
+        [&](const SurfacePoints& some, const SurfaceDisplacements& u, std::uint16_t* singular) {
+            return kernel(kernelSource, some, u, singular);
         },
         scalar);
 }
@@ -117,8 +114,8 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
     const SurfaceKernels::Point kernel = Kernels().point[out.ux != nullptr ? 1 : 0];
     RunWithScalarPoints(
         points, out,
-        [&](const SurfacePoints& some, const SurfaceDisplacements& u, unsigned char* singular) {
-            kernel(kernelSource, some, u, singular);
+        [&](const SurfacePoints& some, const SurfaceDisplacements& u, std::uint16_t* singular) {
+            return kernel(kernelSource, some, u, singular);
         },
         scalar);
 }

@@ -1,8 +1,13 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "okada/SurfaceBatch.h"
 
 namespace tidora {
+
+inline constexpr std::size_t kKernelPoints = 1024;  ///< of one call: the numbers of the singular ones are on the stack
 
 inline constexpr double kKernelEpsilon = 1.0e-6;  ///< as in the scalar routines
 inline constexpr double kKernelTwoPi = 6.283185307179586;
@@ -26,12 +31,13 @@ struct PointKernelSource {
     double strikePotency, dipPotency;
 };
 
-/// The kernels of one instruction set. They write 1 to `singular` where a point must take the scalar routine.
+/// The kernels of one instruction set, for at most kKernelPoints points. They write the numbers of the points that must
+/// take the scalar routine to `singular`, and return how many there are.
 struct SurfaceKernels {
-    using Finite = void (*)(const FiniteKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
-                            unsigned char* singular);
-    using Point = void (*)(const PointKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
-                           unsigned char* singular);
+    using Finite = std::size_t (*)(const FiniteKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
+                                   std::uint16_t* singular);
+    using Point = std::size_t (*)(const PointKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
+                                  std::uint16_t* singular);
     Finite finite[2][2];  ///< [with horizontal][vertical dip]
     Point point[2];       ///< [with horizontal]
 };
