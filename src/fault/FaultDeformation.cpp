@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "fault/ColumnKernels.h"
 #include "fault/ElementDeformation.h"
 #include "fault/Fault.h"
 #include "fault/GridPlane.h"
@@ -21,7 +22,7 @@ public:
         window = {};
         return true;
     }
-    void FillColumn(int /*ix*/, const GridWindow& /*window*/, ColumnPlaces& places) override { places.Resize(0); }
+    ColumnPlaces Column(int /*ix*/, const GridWindow& /*window*/) override { return {}; }
 };
 
 std::unique_ptr<GridPlane> MakePlane(int faultKind, int regionKind, const DeformedGrid& grid) {
@@ -34,51 +35,49 @@ std::unique_ptr<GridPlane> MakePlane(int faultKind, int regionKind, const Deform
     return std::make_unique<NoPlane>();
 }
 
-/// Largest value of a grid, at least 0, kept per column so that a change costs only the columns that it touches.
+/// Largest value of a grid, at least 0, kept per tile so that a change costs only the tiles that it touches.
 class RunningMaximum {
 public:
     RunningMaximum(const std::vector<InstantVal2d>& snapshots, const DeformedGrid& grid)
-        : m_values(snapshots.empty() ? nullptr : snapshots.front().val), m_grid(grid) {
-        m_columns.resize(m_values == nullptr ? 0 : static_cast<std::size_t>(std::max(grid.nx, 0)));
-        Refresh({0, static_cast<int>(m_columns.size()), 0, std::max(grid.ny, 0)});
+        : m_values(snapshots.empty() || grid.Size() == 0 ? nullptr : snapshots.front().val), m_grid(grid) {
+        if (m_values != nullptr) {
+            m_tilesPerColumn = static_cast<std::size_t>((grid.ny - 1) / kTile + 1);
+            m_tiles.resize(static_cast<std::size_t>(grid.nx) * m_tilesPerColumn);
+            m_columns.resize(static_cast<std::size_t>(grid.nx));
+            Refresh({0, grid.nx, 0, grid.ny});
+        }
     }
 
     void Refresh(const GridWindow& window) {
-        if (m_columns.empty() || window.IsEmpty()) {
+        if (m_values == nullptr || window.IsEmpty()) {
             return;
         }
+        const int firstTile = window.firstRow / kTile;
+        const int lastTile = (window.endRow - 1) / kTile;
         for (int ix = window.firstColumn; ix < window.endColumn; ++ix) {
-            float largest = 0.0F;
-            const float* const column = m_values + m_grid.Index(ix, 0);
-            for (int iy = 0; iy < m_grid.ny; ++iy) {
-                largest = column[iy] > largest ? column[iy] : largest;
+            float* const tiles = m_tiles.data() + static_cast<std::size_t>(ix) * m_tilesPerColumn;
+            for (int tile = firstTile; tile <= lastTile; ++tile) {
+                const int firstRow = tile * kTile;
+                const auto count = static_cast<std::size_t>(std::min(kTile, m_grid.ny - firstRow));
+                tiles[tile] = m_kernels.largest(m_values + m_grid.Index(ix, firstRow), count, 0.0F);
             }
-            m_columns[static_cast<std::size_t>(ix)] = largest;
+            m_columns[static_cast<std::size_t>(ix)] = m_kernels.largest(tiles, m_tilesPerColumn, 0.0F);
         }
-        m_largest = *std::max_element(m_columns.begin(), m_columns.end());
+        m_largest = m_kernels.largest(m_columns.data(), m_columns.size(), 0.0F);
     }
 
     [[nodiscard]] float Largest() const noexcept { return m_largest; }
 
 private:
+    static constexpr int kTile = 128;  ///< rows
+
     const float* m_values;
     const DeformedGrid& m_grid;
-    std::vector<float> m_columns;
+    const ColumnKernels& m_kernels = ColumnKernelsOf(CurrentInstructionSet());
+    std::size_t m_tilesPerColumn = 0;
+    std::vector<float> m_tiles, m_columns;
     float m_largest = 0.0F;
 };
-
-/// Adds share * field to a snapshot, within the window of the field.
-void AddShare(float share, const std::vector<float>& field, const ElementFields& fields, const DeformedGrid& grid,
-              InstantVal2d& snapshot) {
-    const GridWindow& window = fields.window;
-    for (int ix = window.firstColumn; ix < window.endColumn; ++ix) {
-        const float* const from = field.data() + fields.ColumnStart(ix);
-        float* const to = snapshot.val + grid.Index(ix, window.firstRow);
-        for (std::size_t i = 0; i < window.Rows(); ++i) {
-            to[i] += share * from[i];
-        }
-    }
-}
 
 /// The snapshots into which the elements are summed, and the intervals that they belong to.
 struct DeformOutput {
@@ -87,20 +86,16 @@ struct DeformOutput {
     const DynamicParam& intervals;
 };
 
-/// Adds both fields of an element to every interval that has a share of its slip.
-void AddShares(const FAULT_PARAM& element, const DeformedGrid& grid, const ElementFields& fields, DeformOutput& out) {
-    if (fields.window.IsEmpty()) {
-        return;
-    }
+/// The intervals that have a share of the slip of an element.
+std::vector<IntervalShare> SharesOf(const FAULT_PARAM& element, bool withHorizontal, DeformOutput& out) {
+    std::vector<IntervalShare> shares;
     for (std::size_t k = 0; k < out.intervals.params.size() && k < out.vertical.size(); ++k) {
         const float share = SlipShare(out.intervals.params[k], element.lagtime, element.duration);
         if (share != 0.0F) {
-            AddShare(share, fields.vertical, fields, grid, out.vertical[k]);
-            if (!fields.horizontal.empty()) {
-                AddShare(share, fields.horizontal, fields, grid, out.horizontal[k]);
-            }
+            shares.push_back({share, out.vertical[k].val, withHorizontal ? out.horizontal[k].val : nullptr});
         }
     }
+    return shares;
 }
 
 void PrintReach(const SourceReach& reach) {
@@ -154,7 +149,7 @@ private:
         if (m_settings.tolerance < 0.0) {
             return false;
         }
-        ElementDeformation deformation(element, m_fault.elements.size(), m_settings, m_grid);
+        ElementDeformation deformation(element, m_fault.elements.size(), m_settings, m_grid, m_buffers);
         if (deformation.Reach().isSwitched) {
             PrintReach(deformation.Reach());
         }
@@ -166,8 +161,8 @@ private:
         if (m_isGeographic) {
             PrintTranslation(element, origin);
         }
-        m_maxima.element = deformation.Evaluate(*m_plane, origin, window, m_fields);
-        AddShares(element, m_grid, m_fields, m_out);
+        const std::vector<IntervalShare> shares = SharesOf(element, m_settings.withHorizontal, m_out);
+        m_maxima.element = deformation.AddTo(shares, *m_plane, origin, window);
         m_sum.Refresh(window);
         m_maxima.sum = m_sum.Largest();
         return true;
@@ -180,7 +175,7 @@ private:
     bool m_isGeographic;
     std::unique_ptr<GridPlane> m_plane;
     RunningMaximum m_sum;
-    ElementFields m_fields;
+    ElementBuffers m_buffers;
     Maxima m_maxima;
 };
 

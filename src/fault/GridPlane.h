@@ -16,16 +16,10 @@ struct PlanePoint {
     double y = 0.0;
 };
 
-/// Where the points of one column of a window lie in the plane of an element. `count` values each.
+/// Where the points of one column of a window lie in the plane of an element: one value per row of the window.
 struct ColumnPlaces {
-    std::vector<double> x, y;          ///< m; infinite for a point that has no place in the plane
-    std::vector<std::uint8_t> isNear;  ///< 0: known to be beyond the reach of the element
-
-    void Resize(std::size_t count) {
-        x.resize(count);
-        y.resize(count);
-        isNear.resize(count);
-    }
+    const double *x, *y;         ///< m
+    const std::uint8_t* isNear;  ///< 0: beyond the reach of the element, or without a place in the plane; null: no 0
 };
 
 /// Where an element lies, and how far it can be seen.
@@ -47,8 +41,8 @@ public:
     /// holds every point within its reach. False when the reference point has no place in the plane.
     [[nodiscard]] virtual bool TurnTo(const ElementPlace& place, PlanePoint& origin, GridWindow& window) = 0;
 
-    /// The places of column `ix` of that window.
-    virtual void FillColumn(int ix, const GridWindow& window, ColumnPlaces& places) = 0;
+    /// The places of column `ix` of that window; valid until the next call.
+    [[nodiscard]] virtual ColumnPlaces Column(int ix, const GridWindow& window) = 0;
 };
 
 /// The plane of a grid in metres.

@@ -25,10 +25,13 @@ void Range(double centre, double reach, double org, double spacing, int count, i
 class MetricPlane : public GridPlane {
 public:
     explicit MetricPlane(const DeformedGrid& grid) : m_grid(grid) {
-        m_y.reserve(static_cast<std::size_t>(std::max(grid.ny, 0)));
         for (int iy = 0; iy < grid.ny; ++iy) {
             m_y.push_back(grid.Y(iy));
+            m_hasPlace.push_back(std::isfinite(m_y.back()) ? 1 : 0);
         }
+        m_x.resize(m_y.size());
+        m_none.resize(m_y.size());
+        m_haveAllPlaces = std::find(m_hasPlace.begin(), m_hasPlace.end(), 0) == m_hasPlace.end();
     }
 
     bool TurnTo(const ElementPlace& place, PlanePoint& origin, GridWindow& window) override {
@@ -41,16 +44,23 @@ public:
         return true;
     }
 
-    void FillColumn(int ix, const GridWindow& window, ColumnPlaces& places) override {
-        places.Resize(window.Rows());
-        std::fill(places.x.begin(), places.x.end(), m_grid.X(ix));
-        std::copy(m_y.begin() + window.firstRow, m_y.begin() + window.endRow, places.y.begin());
-        std::fill(places.isNear.begin(), places.isNear.end(), std::uint8_t{1});
+    ColumnPlaces Column(int ix, const GridWindow& window) override {
+        const auto first = static_cast<std::size_t>(window.firstRow);
+        const double x = m_grid.X(ix);
+        std::fill_n(m_x.begin(), window.Rows(), x);
+        const std::uint8_t* isNear = m_haveAllPlaces ? nullptr : m_hasPlace.data() + first;
+        if (!std::isfinite(x)) {
+            isNear = m_none.data();
+        }
+        return {m_x.data(), m_y.data() + first, isNear};
     }
 
 private:
     const DeformedGrid& m_grid;
-    std::vector<double> m_y;
+    std::vector<double> m_x, m_y;
+    std::vector<std::uint8_t> m_hasPlace;  ///< of the rows
+    std::vector<std::uint8_t> m_none;      ///< the same for a column that has no place itself
+    bool m_haveAllPlaces = true;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "fault/ColumnKernels.h"
 #include "fault/ElementSource.h"
 #include "fault/GridPlane.h"
 #include "projection/UtmZone.h"
@@ -38,18 +39,42 @@ double Angle(const Latitude& from, const Latitude& to, const Longitude& differen
     return std::atan2(numerator, denominator);
 }
 
-/// Decides whether points lie farther than a distance from one point. The cosine of the angle decides; only within its
-/// rounding of the limit the angle itself is formed, so that every point is decided as the angle would decide it.
+/// The latitudes of a grid's rows.
+struct Latitudes {
+    std::vector<double> sine, cosine;
+};
+
+/// Decides which points lie within a distance of one point. The cosine of the angle decides; only within its rounding
+/// of the limit the angle itself is formed, so that every point is decided as the angle would decide it.
 class DistanceLimit {
 public:
     DistanceLimit(const Latitude& from, double limit) noexcept
         : m_from(from),
           m_limit(limit),
           m_cosine(std::cos(limit / kEarthRadius)),
-          m_isMonotonous(limit >= 0.0 && limit / kEarthRadius < 3.0) {}
+          m_isMonotonous(limit >= 0.0 && limit / kEarthRadius < 3.0),
+          m_kernels(ColumnKernelsOf(CurrentInstructionSet())) {}
+
+    /// Marks the rows from `first` of a column that are near; true when all of `count` are, and nothing is marked.
+    bool Mark(const Latitudes& latitudes, std::size_t first, std::size_t count, const Longitude& difference,
+              std::uint8_t* isNear) const {
+        if (m_isMonotonous) {
+            const GreatCircleTest test = {latitudes.sine.data() + first, latitudes.cosine.data() + first,
+                                          m_from.cosine * difference.cosine, m_from.sine, m_cosine + kUndecided};
+            if (m_kernels.countNear(test, count) == count) {
+                return true;
+            }
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            isNear[i] = IsBeyond({latitudes.sine[first + i], latitudes.cosine[first + i]}, difference) ? 0 : 1;
+        }
+        return false;
+    }
+
+private:
+    static constexpr double kUndecided = 1.0e-12;  ///< the dot product and the angle are good to some 1e-15
 
     [[nodiscard]] bool IsBeyond(const Latitude& to, const Longitude& difference) const noexcept {
-        constexpr double kUndecided = 1.0e-12;  // the dot product and the angle are good to some 1e-15
         const double dot = to.cosine * m_from.cosine * difference.cosine + to.sine * m_from.sine;
         if (m_isMonotonous && std::abs(dot - m_cosine) > kUndecided) {
             return dot < m_cosine;
@@ -57,19 +82,22 @@ public:
         return Angle(m_from, to, difference) * kEarthRadius > m_limit;
     }
 
-private:
     Latitude m_from;
     double m_limit;  ///< m
     double m_cosine;
     bool m_isMonotonous;  ///< false beyond half the circle and for what is not a number: the cosine does not tell
+    const ColumnKernels& m_kernels;
 };
 
 /// Plane co-ordinates of the points of a grid in one zone; filled where they were asked for.
 struct Zone {
-    std::vector<double> x, y;
-    std::vector<std::uint8_t> isKnown;
+    enum class State : std::uint8_t { Unknown, Known, Nowhere };  ///< Nowhere: without a place in the plane
 
-    explicit Zone(std::size_t size) : x(size), y(size), isKnown(size) {}
+    std::vector<double> x, y;
+    std::vector<State> state;
+    std::vector<int> known;  ///< points of each column that have a place
+
+    Zone(std::size_t size, std::size_t columns) : x(size), y(size), state(size), known(columns) {}
 };
 
 class ProjectedPlane : public GridPlane {
@@ -80,7 +108,9 @@ public:
         }
         for (int iy = 0; iy < grid.ny; ++iy) {
             m_lat.push_back(grid.Y(iy));
-            m_latitudes.push_back(LatitudeOf(m_lat.back()));
+            const Latitude latitude = LatitudeOf(m_lat.back());
+            m_latitudes.sine.push_back(latitude.sine);
+            m_latitudes.cosine.push_back(latitude.cosine);
         }
     }
 
@@ -98,14 +128,12 @@ public:
         return std::isfinite(origin.x) && std::isfinite(origin.y);
     }
 
-    void FillColumn(int ix, const GridWindow& window, ColumnPlaces& places) override {
-        places.Resize(window.Rows());
-        const auto first = static_cast<std::ptrdiff_t>(m_grid.Index(ix, window.firstRow));
-        const auto rows = static_cast<std::ptrdiff_t>(window.Rows());
-        std::copy_n(m_zone->x.begin() + first, rows, places.x.begin());
-        std::copy_n(m_zone->y.begin() + first, rows, places.y.begin());
-        const auto near = static_cast<std::ptrdiff_t>(NearIndex(ix, window));
-        std::copy_n(m_isNear.begin() + near, rows, places.isNear.begin());
+    ColumnPlaces Column(int ix, const GridWindow& window) override {
+        const std::size_t first = m_grid.Index(ix, window.firstRow);
+        return {m_zone->x.data() + first, m_zone->y.data() + first,
+                m_isAllNear[static_cast<std::size_t>(ix - window.firstColumn)] != 0
+                    ? nullptr
+                    : m_isNear.data() + NearIndex(ix, window)};
     }
 
 private:
@@ -148,55 +176,87 @@ private:
 
     void MarkNearPoints(const FAULT_PARAM& element, double reach, const GridWindow& window) {
         m_isNear.resize(window.Columns() * window.Rows());
+        m_isAllNear.assign(window.Columns(), 0);
         const DistanceLimit limit(LatitudeOf(element.org_y), reach);
-        std::size_t at = 0;
         for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
             const double delta = DeformationRadians(m_lon[static_cast<std::size_t>(ix)] - element.org_x);
-            const Longitude difference = {std::sin(delta), std::cos(delta)};
-            for (int iy = window.firstRow; iy < window.endRow; ++iy, ++at) {
-                m_isNear[at] = limit.IsBeyond(m_latitudes[static_cast<std::size_t>(iy)], difference) ? 0 : 1;
-            }
+            const bool isAllNear =
+                limit.Mark(m_latitudes, static_cast<std::size_t>(window.firstRow), window.Rows(),
+                           {std::sin(delta), std::cos(delta)}, m_isNear.data() + NearIndex(ix, window));
+            m_isAllNear[static_cast<std::size_t>(ix - window.firstColumn)] = isAllNear ? 1 : 0;
         }
     }
 
     Zone& ZoneOf(int number) {
-        m_zone = &m_zones.try_emplace(number, m_grid.Size()).first->second;
+        const auto columns = static_cast<std::size_t>(std::max(m_grid.nx, 0));
+        m_zone = &m_zones.try_emplace(number, m_grid.Size(), columns).first->second;
         return *m_zone;
     }
 
-    /// Projects the near points that this zone does not know yet, all in one call.
+    /// Projects the near points that this zone does not know yet, all in one call; those that have no place in it are
+    /// near no longer.
     void ProjectNearPoints(Zone& zone, const GridWindow& window) {
         m_wanted.clear();
         m_wantedLon.clear();
         m_wantedLat.clear();
-        for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
+        ForEachOpenColumn(zone, window, [&](int ix, std::uint8_t* isNear) {
             for (int iy = window.firstRow; iy < window.endRow; ++iy) {
                 const std::size_t at = m_grid.Index(ix, iy);
-                const std::size_t near = NearIndex(ix, window) + static_cast<std::size_t>(iy - window.firstRow);
-                if (m_isNear[near] != 0 && zone.isKnown[at] == 0) {
-                    zone.isKnown[at] = 1;
+                if (isNear[iy - window.firstRow] != 0 && zone.state[at] == Zone::State::Unknown) {
                     m_wanted.push_back(at);
                     m_wantedLon.push_back(m_lon[static_cast<std::size_t>(ix)]);
                     m_wantedLat.push_back(m_lat[static_cast<std::size_t>(iy)]);
                 }
             }
-        }
+        });
         m_wantedX.resize(m_wanted.size());
         m_wantedY.resize(m_wanted.size());
         const auto count = static_cast<int>(m_wanted.size());
         ll2xy_(&count, m_wantedLon.data(), m_wantedLat.data(), m_wantedX.data(), m_wantedY.data());
         for (std::size_t i = 0; i < m_wanted.size(); ++i) {
-            zone.x[m_wanted[i]] = m_wantedX[i];
-            zone.y[m_wanted[i]] = m_wantedY[i];
+            const std::size_t at = m_wanted[i];
+            zone.x[at] = m_wantedX[i];
+            zone.y[at] = m_wantedY[i];
+            const bool hasPlace = std::isfinite(m_wantedX[i]) && std::isfinite(m_wantedY[i]);
+            zone.state[at] = hasPlace ? Zone::State::Known : Zone::State::Nowhere;
+            zone.known[at / static_cast<std::size_t>(m_grid.ny)] += hasPlace ? 1 : 0;
+        }
+        ForEachOpenColumn(zone, window, [&](int ix, std::uint8_t* isNear) {
+            bool isAllNear = true;
+            for (int iy = window.firstRow; iy < window.endRow; ++iy) {
+                std::uint8_t& near = isNear[iy - window.firstRow];
+                near = zone.state[m_grid.Index(ix, iy)] == Zone::State::Known ? near : 0;
+                isAllNear = isAllNear && near != 0;
+            }
+            m_isAllNear[static_cast<std::size_t>(ix - window.firstColumn)] = isAllNear ? 1 : 0;
+        });
+    }
+
+    /// Calls visit(ix, isNear) for every column of the window that has points without a known place, with its marks
+    /// written out.
+    template <typename Visit>
+    void ForEachOpenColumn(const Zone& zone, const GridWindow& window, Visit visit) {
+        for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
+            if (zone.known[static_cast<std::size_t>(ix)] == m_grid.ny) {
+                continue;
+            }
+            std::uint8_t* const isNear = m_isNear.data() + NearIndex(ix, window);
+            std::uint8_t& isAllNear = m_isAllNear[static_cast<std::size_t>(ix - window.firstColumn)];
+            if (isAllNear != 0) {
+                std::fill_n(isNear, window.Rows(), std::uint8_t{1});
+                isAllNear = 0;
+            }
+            visit(ix, isNear);
         }
     }
 
     const DeformedGrid& m_grid;
     std::vector<double> m_lon, m_lat;
-    std::vector<Latitude> m_latitudes;
+    Latitudes m_latitudes;
     std::map<int, Zone> m_zones;
-    Zone* m_zone = nullptr;              ///< of the current element
-    std::vector<std::uint8_t> m_isNear;  ///< of the current element's window, column by column
+    Zone* m_zone = nullptr;                 ///< of the current element
+    std::vector<std::uint8_t> m_isNear;     ///< of the current element's window, column by column
+    std::vector<std::uint8_t> m_isAllNear;  ///< of its columns: 1 where the marks in m_isNear do not count
     std::vector<std::size_t> m_wanted;
     std::vector<double> m_wantedLon, m_wantedLat, m_wantedX, m_wantedY;
 };

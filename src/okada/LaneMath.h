@@ -43,6 +43,8 @@ struct LaneOperations {
 
     /// 1 / x for finite x other than 0, to within two units in the last place.
     static Batch Inverse(const Batch& x) noexcept { return Batch(1.0) / x; }
+    /// Square root of finite x above 0; the nearest number but for one argument in millions, and then its neighbour.
+    static Batch Root(const Batch& x) noexcept { return xsimd::sqrt(x); }
 };
 
 #ifdef __AVX2__
@@ -70,6 +72,19 @@ struct LaneOperations<Arch, std::enable_if_t<std::is_base_of_v<xsimd::avx512f, A
         Batch y = _mm512_rcp14_pd(x);
         y = Fma(y, Fnma(x, y, one), y);
         return Fma(y, Fnma(x, y, one), y);
+    }
+    static Batch Root(const Batch& x) noexcept {
+        // Two of Goldschmidt's steps from 14 bits towards sqrt(x) and 1 / (2 sqrt(x)), and what then is left of x.
+        const Batch half(0.5);
+        const Batch y = _mm512_rsqrt14_pd(x);
+        Batch root = x * y;
+        Batch inverse = y * half;
+        for (int step = 0; step < 2; ++step) {
+            const Batch rest = Fnma(root, inverse, half);
+            root = Fma(root, rest, root);
+            inverse = Fma(inverse, rest, inverse);
+        }
+        return Fma(Fnma(root, root, x), inverse, root);
     }
 };
 #endif

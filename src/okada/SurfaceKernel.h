@@ -13,8 +13,8 @@
 //
 // Okada (1992), Bull. Seism. Soc. Am. 82, Table 6, part B, in Chinnery's notation f|| = f(1,1) - f(1,2) - f(2,1) +
 // f(2,2) and rotated into x, y, z. Inserting I1 to I4 and collecting, for cos(delta) != 0 and with
-//     A = arctan[(eta (X + q cos) + X (R + X) sin) / (xi (R + X) cos)] with X = sqrt(xi^2 + q^2), in a simpler form
-//     below, I3 = [y~ cos/(R + d~) - ln(R + eta) + sin ln(R + d~)] / cos^2,   I4 = [xi sin cos/(R + d~) + 2 A] / cos^2,
+//     A = arctan[(eta (X + q cos) + X (R + X) sin) / (xi (R + X) cos)] with X = sqrt(xi^2 + q^2) (below in a form without),
+//     I3 = [y~ cos/(R + d~) - ln(R + eta) + sin ln(R + d~)] / cos^2,   I4 = [xi sin cos/(R + d~) + 2 A] / cos^2,
 //   strike  uz = q^2 Y11 cos - q sin/R - a3 (sin/cos) [ln(R + d~) - sin ln(R + eta)]
 //           ux = -xi q Y11 - Theta + a3 sin [xi cos/(R + d~) + I4 sin]
 //           uy = -q cos/R - q^2 Y11 sin + a3 [y~ sin cos/(R + d~) + sin^2 (ln(R + d~) + I3 sin)]
@@ -228,7 +228,7 @@ private:
         for (std::size_t k = 0; k < 2; ++k) {
             const Batch eta2 = eta[k] * eta[k];
             for (std::size_t j = 0; j < 2; ++j) {
-                R[k][j] = xsimd::sqrt(xi[j] * xi[j] + eta2 + q2);
+                R[k][j] = Math::Root(xi[j] * xi[j] + eta2 + q2);
                 rx[k][j] = R[k][j] + xi[j];
                 re[k][j] = R[k][j] + eta[k];
                 rd[k][j] = R[k][j] + D[k];
