@@ -52,6 +52,24 @@ struct Lattice {
 
 inline constexpr Lattice kLattice = MakeLattice();
 
+/// The same index by |i| and j + 20; a few positions more, with any index, for whole vectors.
+struct ColumnRadii {
+    std::int16_t index[kLatticeHalfWidth + 1][48] = {};
+};
+
+[[nodiscard]] constexpr ColumnRadii MakeColumnRadii() noexcept {
+    ColumnRadii radii;
+    for (int i = 0; i <= kLatticeHalfWidth; ++i) {
+        for (int at = 0; at < kLatticeWidth; ++at) {
+            const int j = at < kLatticeHalfWidth ? kLatticeHalfWidth - at : at - kLatticeHalfWidth;
+            radii.index[i][at] = kLattice.radiusIndex[i][j];
+        }
+    }
+    return radii;
+}
+
+inline constexpr ColumnRadii kColumnRadii = MakeColumnRadii();
+
 /// The grids that are sampled, as plain numbers: what the kernels of all instruction sets share.
 struct LatticeGrid {
     int nx, ny;

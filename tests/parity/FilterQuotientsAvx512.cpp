@@ -1,0 +1,3 @@
+#define TIDORA_WRONG_QUOTIENTS WrongQuotientsAvx512
+#define TIDORA_FILTER_POINTS_OF_TEST FilterPointsOfTestAvx512
+#include "parity/FilterQuotients.h"
