@@ -154,7 +154,9 @@ void RunSequence::PrepareRegion(RegionSet& set) {
     const Region& grid = set.topography;
     for (Region* computed : {&set.vertical, &set.horizontal, &set.initialWave}) {
         computed->Set2dStruct(grid.nx, grid.ny, grid.org_x, grid.org_y, static_cast<double>(grid.dx));
-        ResetSnapshots(*computed, m_intervals.params.size());
+        // Without the slope term there is no horizontal part: its snapshots would be zeros, as large as the others.
+        const bool isNeeded = computed != &set.horizontal || HasHorizontal();
+        ResetSnapshots(*computed, isNeeded ? m_intervals.params.size() : 0);
     }
     std::cout << std::endl;
     if (HasFilter()) {
@@ -186,9 +188,9 @@ void RunSequence::FormInitialWave(RegionSet& set) const {
     std::cout << ">>>>> Initial Wave Height Calc" << std::endl;
     for (std::size_t i = 0; i < m_intervals.params.size(); ++i) {
         const InstantVal2d& vertical = set.vertical.instants[i];
-        const InstantVal2d& horizontal = set.horizontal.instants[i];
         float* const wave = set.initialWave.instants[i].val;
         if (HasHorizontal()) {
+            const InstantVal2d& horizontal = set.horizontal.instants[i];
             std::transform(horizontal.val, horizontal.val + horizontal.num, vertical.val, wave,
                            [](float h, float v) { return h + v; });
         } else {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "region/KajiuraLattice.h"
@@ -138,9 +139,10 @@ private:
 void AddParentSnapshots(const std::vector<InstantVal2d>& a, const std::vector<InstantVal2d>& b, std::size_t k,
                         std::size_t count, float* sum) {
     std::fill_n(sum, count, 0.0F);
-    if (k < a.size() && k < b.size() && a[k].num >= count && b[k].num >= count) {
-        std::transform(b[k].val, b[k].val + count, a[k].val, sum,
-                       [](float fromB, float fromA) { return fromB + fromA; });
+    for (const std::vector<InstantVal2d>* part : {&b, &a}) {
+        if (k < part->size() && (*part)[k].num >= count) {
+            std::transform(sum, sum + count, (*part)[k].val, sum, std::plus<>());
+        }
     }
 }
 
