@@ -2,6 +2,7 @@
 // ends the program with status 1. Prints the ratio of processor times (median, least, most of the turns) beside the
 // bar.
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
@@ -12,6 +13,7 @@
 
 #include "PairedRun.h"
 #include "Scenes.h"
+#include "TextRun.h"
 #include "okada/DC3D.h"
 #include "okada/SurfaceBatch.h"
 #include "reference/KajiuraReference.h"
@@ -34,6 +36,12 @@ struct Bars {
 
 void PrintHeader() {
     std::printf("%-62s %8s %8s %8s %8s\n", "work", "ratio", "least", "most", "bar");
+}
+
+void PrintRatioOfAnySet(const char* work, const Ratio& ratio, double bar, bool isLeast) {
+    std::printf("%-62s %8.2f %8.2f %8.2f %8.2f (at %s)\n", work, ratio.median, ratio.least, ratio.most, bar,
+                isLeast ? "least" : "most");
+    std::fflush(stdout);
 }
 
 void PrintRatio(const char* work, const Ratio& ratio, const Bars& bars) {
@@ -145,13 +153,58 @@ void BenchGrowth() {
     small.Reset();
     large.Reset();
     const Ratio ratio = bench::Compare([&] { large.RunFast(); }, [&] { small.RunFast(); });
-    std::printf("%-62s %8.2f %8.2f %8.2f %8.2f (at most)\n", "16 times the area around the same 200 small elements",
-                ratio.median, ratio.least, ratio.most, 1.5);
+    PrintRatioOfAnySet("16 times the area around the same 200 small elements", ratio, 1.5, false);
+}
+
+/// Reads a text grid as the program does, and as the functions of C do token by token.
+void BenchTextGrid() {
+    const bench::TextRun run;
+    std::vector<float> expected = run.ValuesByStrtod();
+    std::vector<float> values = run.ValuesByReader();
+    if (values.size() != expected.size() ||
+        std::memcmp(values.data(), expected.data(), values.size() * sizeof(float)) != 0) {
+        Fail("text grid");
+    }
+    PrintRatioOfAnySet("text grid 1500 x 1500, against strtok and strtod",
+                       bench::Compare([&] { expected = run.ValuesByStrtod(); }, [&] { values = run.ValuesByReader(); }),
+                       4.0, true);
+    PrintRatioOfAnySet("whole run on a text grid 1500 x 1500, over wc -w",
+                       bench::Compare(run.ProgramTime(), run.WordCountTime()), 4.0, false);
+}
+
+/// How the cost of the deformation grows: with the elements, with the grid around them, with the intervals.
+void BenchScaling() {
+    const auto seconds = [](DeformScene scene) {
+        scene.Reset();
+        scene.RunFast();
+        double least = 1e9;
+        for (int turn = 0; turn < 3; ++turn) {
+            least = std::min(least, bench::Seconds([&] { scene.RunFast(); }));
+        }
+        return least;
+    };
+    std::printf("\nelements, plane 350 x 350, slope term on\n%12s %12s %22s\n", "elements", "ms",
+                "ns per point, element");
+    for (const std::size_t count : {1U, 4U, 16U, 64U, 256U}) {
+        const double time = seconds(bench::PlaneScene(350, count));
+        std::printf("%12zu %12.2f %22.2f\n", count, time * 1e3,
+                    time * 1e9 / (350.0 * 350.0 * static_cast<double>(count)));
+    }
+    std::printf("\ngrid around the same 200 small elements\n%12s %12s\n", "grid", "ms");
+    for (const int n : {350, 700, 1400, 2800}) {
+        std::printf("%5d x %4d %12.2f\n", n, n, seconds(bench::SmallElementsScene(n)) * 1e3);
+    }
+    std::printf("\nintervals, plane 350 x 350, 16 elements of one onset time each or of shared ones\n%12s %12s\n",
+                "intervals", "ms");
+    for (const std::size_t intervals : {1U, 4U, 16U}) {
+        std::printf("%12zu %12.2f\n", intervals, seconds(bench::IntervalScene(350, 16, intervals)) * 1e3);
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    // One word: only the benchmarks whose name has it.
     const std::string wanted = argc > 1 ? argv[1] : "";
     const auto isWanted = [&wanted](const char* name) { return std::string(name).find(wanted) != std::string::npos; };
     for (auto set = tidora::AvailableInstructionSets().rbegin(); set != tidora::AvailableInstructionSets().rend();
@@ -176,6 +229,15 @@ int main(int argc, char** argv) {
         if (isWanted("growth")) {
             BenchGrowth();
         }
+    }
+    tidora::ForceInstructionSet(tidora::AvailableInstructionSets().back());
+    std::printf("\nwith every instruction set\n");
+    PrintHeader();
+    if (isWanted("text")) {
+        BenchTextGrid();
+    }
+    if (isWanted("scaling")) {
+        BenchScaling();
     }
     return 0;
 }

@@ -125,6 +125,16 @@ DeformScene SmallElementsScene(int n) {
     return scene;
 }
 
+DeformScene IntervalScene(int n, std::size_t elements, std::size_t intervals) {
+    DeformScene scene = PlaneScene(n, elements);
+    for (std::size_t i = 0; i < elements; ++i) {
+        scene.fault.elements[i].lagtime = 30.0 * static_cast<double>(i % intervals);
+    }
+    scene.intervals.params.clear();
+    Finish(scene);
+    return scene;
+}
+
 double LargestDifference(const DeformScene& a, const DeformScene& b) {
     double difference = 0.0, scale = 0.0;
     const auto add = [&](const std::vector<tidora::InstantVal2d>& x, const std::vector<tidora::InstantVal2d>& y) {

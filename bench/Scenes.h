@@ -32,6 +32,9 @@ struct DeformScene {
 /// Plane grid, n by n points 1 km apart, with 200 elements of 2 km by 2 km in the middle 100 km, tolerance 0.5 m.
 [[nodiscard]] DeformScene SmallElementsScene(int n);
 
+/// The plane scene with onset times that make `intervals` intervals.
+[[nodiscard]] DeformScene IntervalScene(int n, std::size_t elements, std::size_t intervals);
+
 /// Largest difference of two scenes' snapshots over their largest value.
 [[nodiscard]] double LargestDifference(const DeformScene& a, const DeformScene& b);
 
