@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <vector>
@@ -50,11 +51,7 @@ void AppendValues(const char* line, std::vector<float>& values) {
         if (*at == '\0') {
             return;
         }
-        const char* const token = at;
-        while (*at != '\0' && !IsDelimiter(*at)) {
-            ++at;
-        }
-        values.push_back(static_cast<float>(LenientDouble(token, static_cast<std::size_t>(at - token))));
+        values.push_back(static_cast<float>(TakeDouble(at)));
     }
 }
 
@@ -80,6 +77,8 @@ GridError ReadTextGrid(const std::string& path, GridFile& grid) {
     if (!file) {
         return GridError::CannotOpen;
     }
+    constexpr std::size_t kReadAtOnce = std::size_t{1} << 16U;
+    std::setvbuf(file.get(), nullptr, _IOFBF, kReadAtOnce);
     BoundedLineReader lines(file.get(), static_cast<std::size_t>(Region::FILE_MAX_PATH));
     int lineCount = 0;
     while (lines.Next()) {

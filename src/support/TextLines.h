@@ -57,8 +57,8 @@ inline constexpr const char* kDataDelimiters = " \t";
 /// Leading floating-point number of `text` (strtod), 0 when there is none.
 [[nodiscard]] double LenientDouble(const char* text) noexcept;
 
-/// The same for the token of `length` characters at `text`, which need not be terminated: what follows it is a
-/// delimiter of the data files or NUL.
-[[nodiscard]] double LenientDouble(const char* text, std::size_t length);
+/// The same for the token of the data files that begins at `at`, which is moved to what ends the token: a delimiter or
+/// NUL.
+[[nodiscard]] double TakeDouble(const char*& at);
 
 }  // namespace tidora

@@ -19,7 +19,10 @@ double FastIn(const std::string& token, std::string_view behind) {
     std::string line = token;
     line += behind;
     line.shrink_to_fit();
-    return tidora::LenientDouble(line.c_str(), token.size());
+    const char* at = line.c_str();
+    const double value = tidora::TakeDouble(at);
+    Require(at == line.c_str() + token.size());
+    return value;
 }
 
 }  // namespace

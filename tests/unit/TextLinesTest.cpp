@@ -18,6 +18,7 @@ using tidora::BoundedLineReader;
 using tidora::FileHandle;
 using tidora::LenientDouble;
 using tidora::LenientInt;
+using tidora::TakeDouble;
 using tidora::Tokens;
 
 namespace {
@@ -41,7 +42,8 @@ using Lines = std::vector<std::string>;
 // What strtod makes of the token alone and what is made of it in front of another one: the same bits.
 bool ConvertsLikeStrtod(const std::string& token) {
     const std::string line = token + " 77";
-    const double converted = LenientDouble(line.c_str(), token.size());
+    const char* at = line.c_str();
+    const double converted = TakeDouble(at);
     const double expected = std::strtod(token.c_str(), nullptr);
     return std::isnan(expected) ? std::isnan(converted) : std::memcmp(&converted, &expected, sizeof expected) == 0;
 }
@@ -118,16 +120,24 @@ TEST_CASE("a lenient integer is the leading decimal number wrapped to 32 bits") 
     CHECK(LenientInt("99999999999999999999999") == -1);  // the largest 64-bit number, wrapped
 }
 
-TEST_CASE("a lenient number of a given length does not run on into the next token") {
-    const std::string line = "1.5 2";
-    CHECK(LenientDouble(line.c_str(), 3) == 1.5);
-    const std::string blankToken = "\r 7";
-    CHECK(LenientDouble(blankToken.c_str(), 1) == 0.0);
-    const std::string leadingReturn = "\r5 7";
-    CHECK(LenientDouble(leadingReturn.c_str(), 2) == 5.0);
-    CHECK(LenientDouble("\n", 1) == 0.0);
-    CHECK(LenientDouble("abc", 3) == 0.0);
-    CHECK(std::isnan(LenientDouble("nan", 3)));
+TEST_CASE("a number taken from a line does not run on into the next token") {
+    const struct {
+        const char* line;
+        double value;
+        const char* rest;
+    } cases[] = {
+        {"1.5 2", 1.5, " 2"},   {"-1.5\t2", -1.5, "\t2"}, {"\r 7", 0.0, " 7"}, {"\r5 7", 5.0, " 7"},
+        {"\n", 0.0, ""},        {"abc", 0.0, ""},         {"7", 7.0, ""},      {"7\n", 7.0, ""},
+        {"1.5.2 3", 1.5, " 3"}, {"1e3 4", 1000.0, " 4"},  {"", 0.0, ""},
+    };
+    for (const auto& one : cases) {
+        CAPTURE(one.line);
+        const char* at = one.line;
+        CHECK(TakeDouble(at) == one.value);
+        CHECK(std::string(at) == one.rest);
+    }
+    const char* notANumber = "nan";
+    CHECK(std::isnan(TakeDouble(notANumber)));
     CHECK(LenientDouble("0x1p-2") == 0.25);
 }
 
