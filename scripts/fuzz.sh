@@ -43,7 +43,7 @@ make_seeds() {
     done
     for example in examples/band/no_slip.txt "$data"/*satake*.txt; do
         name=${example##*/}
-        { grep '^#' "$example" | head -n 1 && grep -v '^#' "$example" | head -n 2; } >"$seeds/Fault/$name"
+        awk '/^#/ ? comments++ < 1 : lines++ < 2' "$example" >"$seeds/Fault/$name"
     done
     printf '# start, valid time, rise time\n0 0 30\n1 30 30\n2 90.5 0\n' >"$seeds/DynamicParam/three.txt"
     corner examples/band/slope_500m.txt 3 2 >"$seeds/TextGrid/slope.txt"
