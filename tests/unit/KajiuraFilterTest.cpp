@@ -224,10 +224,11 @@ TEST_CASE("each snapshot is filtered by itself with the parent's snapshot of the
 TEST_CASE("a grid without columns or rows is left alone") {
     const float values[] = {1.0F, 2.0F};
     const float topography[] = {-100.0F, -100.0F};
-    for (const auto& [nx, ny] : {std::pair(0, 2), std::pair(2, 0), std::pair(-1, -2)}) {
-        CAPTURE(nx);
+    for (const auto& size : {std::pair(0, 2), std::pair(2, 0), std::pair(-1, -2)}) {
+        CAPTURE(size.first);
+        CAPTURE(size.second);
         float result[] = {3.0F, 4.0F};
-        tidora::FilterUplift({nx, ny, 0.0, 0.0, 10.0F, values}, nullptr, topography, result);
+        tidora::FilterUplift({size.first, size.second, 0.0, 0.0, 10.0F, values}, nullptr, topography, result);
         CHECK(result[0] == 3.0F);
         CHECK(result[1] == 4.0F);
     }
