@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "FuzzInput.h"
 #include "support/TextLines.h"
@@ -16,12 +17,13 @@ bool HasSameBits(double a, double b) {
 
 /// The token in front of `behind`. Nothing lies beyond, so that the sanitizer sees a conversion that reads on.
 double FastIn(const std::string& token, std::string_view behind) {
-    std::string line = token;
-    line += behind;
+    std::vector<char> line(token.begin(), token.end());  // on the heap, however short
+    line.insert(line.end(), behind.begin(), behind.end());
+    line.push_back('\0');
     line.shrink_to_fit();
-    const char* at = line.c_str();
+    const char* at = line.data();
     const double value = tidora::TakeDouble(at);
-    Require(at == line.c_str() + token.size());
+    Require(at == line.data() + token.size());
     return value;
 }
 

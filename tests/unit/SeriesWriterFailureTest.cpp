@@ -3,6 +3,7 @@
 #include <csignal>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include <doctest/doctest.h>
 
@@ -143,13 +144,18 @@ TEST_CASE("a list file that cannot be written in full is a failure") {
     if (!HasFullDevice()) {
         return;
     }
-    const ScratchFolder folder;
-    std::filesystem::create_symlink("/dev/full", folder.At("VRT_bay.txt"));
-    Region region = SeriesRegion(tidora::RTYPE_VERTICAL, 2, 2, 1);
-    const SeriesWriting writing = WriteSeries(region, folder.Path(), Series({{0.0, 1.0}}));
-    CHECK(writing.result == 0);
-    CHECK(writing.err == CannotWriteBlock("input.txt"));
-    CHECK_FALSE(Contains(writing.out, "Completed."));
+    // Short: what is written stays in the stream's buffer until it is closed. Long: a write before that fails.
+    for (const int intervals : {1, 300}) {
+        CAPTURE(intervals);
+        const ScratchFolder folder;
+        std::filesystem::create_symlink("/dev/full", folder.At("VRT_bay.txt"));
+        Region region = SeriesRegion(tidora::RTYPE_VERTICAL, 2, 2, intervals);
+        const std::vector<Interval> all(static_cast<std::size_t>(intervals), Interval{0.0, 1.0});
+        const SeriesWriting writing = WriteSeries(region, folder.Path(), Series(all));
+        CHECK(writing.result == 0);
+        CHECK(writing.err == CannotWriteBlock("input.txt"));
+        CHECK_FALSE(Contains(writing.out, "Completed."));
+    }
 }
 
 TEST_CASE("fewer snapshots than intervals are refused with the block of code 2") {
