@@ -13,8 +13,9 @@
 //
 // Okada (1992), Bull. Seism. Soc. Am. 82, Table 6, part B, in Chinnery's notation f|| = f(1,1) - f(1,2) - f(2,1) +
 // f(2,2) and rotated into x, y, z. Inserting I1 to I4 and collecting, for cos(delta) != 0 and with
-//     A = arctan[(eta (X + q cos) + X (R + X) sin) / (xi (R + X) cos)] with X = sqrt(xi^2 + q^2) (below in a form without),
-//     I3 = [y~ cos/(R + d~) - ln(R + eta) + sin ln(R + d~)] / cos^2,   I4 = [xi sin cos/(R + d~) + 2 A] / cos^2,
+//     A = arctan[(eta (X + q cos) + X (R + X) sin) / (xi (R + X) cos)] with X = sqrt(xi^2 + q^2) (below in a form
+//     without), I3 = [y~ cos/(R + d~) - ln(R + eta) + sin ln(R + d~)] / cos^2,   I4 = [xi sin cos/(R + d~) + 2 A] /
+//     cos^2,
 //   strike  uz = q^2 Y11 cos - q sin/R - a3 (sin/cos) [ln(R + d~) - sin ln(R + eta)]
 //           ux = -xi q Y11 - Theta + a3 sin [xi cos/(R + d~) + I4 sin]
 //           uy = -q cos/R - q^2 Y11 sin + a3 [y~ sin cos/(R + d~) + sin^2 (ln(R + d~) + I3 sin)]
@@ -46,22 +47,19 @@ public:
     template <bool kHorizontal, bool kVertical>
     static std::size_t RunFinite(const FiniteKernelSource& s, const SurfacePoints& points,
                                  const SurfaceDisplacements& out, std::uint16_t* singular) noexcept {
-        return ForEachStep<kHorizontal>(points, out, singular,
-                                        [&s](const SurfacePoints& in, const SurfaceDisplacements& u) {
-                                            const CornerSums sums = SumCorners<kHorizontal, kVertical>(s, in);
-                                            if constexpr (kVertical) {
-                                                return sums.singular || !StoreVertical<kHorizontal>(s, sums, u);
-                                            } else {
-                                                return sums.singular || !StoreInclined<kHorizontal>(s, sums, u);
-                                            }
-                                        });
+        return ForEachStep<kHorizontal, CornerSums>(
+            points, out, singular,
+            [&s](const SurfacePoints& in, CornerSums& sums) { SumCorners<kHorizontal, kVertical>(s, in, sums); },
+            [&s](const CornerSums& sums, const SurfaceDisplacements& u) {
+                return sums.singular || !Finish<kHorizontal, kVertical>(s, sums, u);
+            });
     }
 
     template <bool kHorizontal>
     static std::size_t RunPoint(const PointKernelSource& s, const SurfacePoints& points,
                                 const SurfaceDisplacements& out, std::uint16_t* singular) noexcept {
-        return ForEachStep<kHorizontal>(
-            points, out, singular,
+        return ForEachStep<kHorizontal, SurfacePoints>(
+            points, out, singular, [](const SurfacePoints& in, SurfacePoints& kept) { kept = in; },
             [&s](const SurfacePoints& in, const SurfaceDisplacements& u) { return PointStep<kHorizontal>(s, in, u); });
     }
 
@@ -69,11 +67,16 @@ private:
     using Mask = typename Math::Mask;
     using Complex = typename Math::Complex;
 
-    /// Calls step(points, displacements) for every `kLanes` points; it returns the mask of the lanes that it could not
-    /// do. Their numbers go to `singular`; returns how many. The last step has points of its own behind the given ones.
-    template <bool kHorizontal, typename Step>
+    /// Steps whose first halves are done before their second halves. A step is a long chain of operations; two shorter
+    /// chains, each of many steps, leave the processor fewer gaps.
+    static constexpr std::size_t kGroup = 8;
+
+    /// A step does `kLanes` points: first(points, between) and then second(between, displacements), which returns the
+    /// mask of the lanes that it could not do. Their numbers go to `singular`; returns how many. The last step has
+    /// points of its own behind the given ones.
+    template <bool kHorizontal, typename Between, typename First, typename Second>
     static std::size_t ForEachStep(const SurfacePoints& points, const SurfaceDisplacements& out,
-                                   std::uint16_t* singular, Step step) noexcept {
+                                   std::uint16_t* singular, First first, Second second) noexcept {
         std::size_t singularCount = 0;
         const auto note = [&](const Mask& mask, std::size_t at, std::size_t count) {
             if (!xsimd::any(mask)) {
@@ -87,12 +90,23 @@ private:
                 }
             }
         };
-        std::size_t at = 0;
-        for (; at + kLanes <= points.count; at += kLanes) {
-            note(step({kLanes, points.x + at, points.y + at, points.depth + at},
-                      {kHorizontal ? out.ux + at : nullptr, kHorizontal ? out.uy + at : nullptr, out.uz + at}),
-                 at, kLanes);
+        Between between[kGroup];
+        const std::size_t whole = points.count / kLanes * kLanes;
+        for (std::size_t begin = 0; begin < whole; begin += kGroup * kLanes) {
+            const std::size_t left = (whole - begin) / kLanes;
+            const std::size_t steps = left < kGroup ? left : kGroup;
+            for (std::size_t k = 0; k < steps; ++k) {
+                const std::size_t at = begin + k * kLanes;
+                first({kLanes, points.x + at, points.y + at, points.depth + at}, between[k]);
+            }
+            for (std::size_t k = 0; k < steps; ++k) {
+                const std::size_t at = begin + k * kLanes;
+                const SurfaceDisplacements u = {kHorizontal ? out.ux + at : nullptr,
+                                                kHorizontal ? out.uy + at : nullptr, out.uz + at};
+                note(second(between[k], u), at, kLanes);
+            }
         }
+        const std::size_t at = whole;
         if (at < points.count) {
             const std::size_t count = points.count - at;
             float in[3][kLanes] = {}, u[3][kLanes];
@@ -101,7 +115,8 @@ private:
                 in[1][lane] = points.y[at + lane];
                 in[2][lane] = points.depth[at + lane];
             }
-            note(step({kLanes, in[0], in[1], in[2]}, {u[0], u[1], u[2]}), at, count);
+            first({kLanes, in[0], in[1], in[2]}, between[0]);
+            note(second(between[0], {u[0], u[1], u[2]}), at, count);
             for (std::size_t lane = 0; lane < count; ++lane) {
                 out.uz[at + lane] = u[2][lane];
                 if constexpr (kHorizontal) {
@@ -137,17 +152,6 @@ private:
         return {Math::Fma(a.re, b.re, a.im * b.im), Math::Fnma(a.re, b.im, a.im * b.re)};
     }
 
-    /// Theta(1,1) - Theta(1,2) - Theta(2,1) + Theta(2,2) from the argument of the product of all four numbers. Each
-    /// lies within (-pi/2, pi/2), those of `first` and `second`, of two corners each, within (-pi, pi): the whole
-    /// misses a turn just when both have one sign and it has the other.
-    static Batch Unwound(const Batch& argument, const Complex& first, const Complex& second) noexcept {
-        const Batch zero(0.0);
-        const Mask up = (xsimd::min(first.im, second.im) >= zero) && (argument < zero);
-        const Mask down = (xsimd::max(first.im, second.im) < zero) && (argument > zero);
-        return xsimd::select(up, argument + Batch(kKernelTwoPi),
-                             xsimd::select(down, argument - Batch(kKernelTwoPi), argument));
-    }
-
     /// The number whose argument is the corner sum of A. Up to terms that the sum cancels,
     ///     A = -arctan[xi cos / (R (1 + sin) + eta + d~)] = arctan[xi cos / (R (1 - sin) - eta + d~)]:
     /// 2A is the solid angle between the dip line and the vertical at the corner. Of the two denominators the one with
@@ -170,15 +174,17 @@ private:
     /// ln v(1,1) - ln v(1,2) - ln v(2,1) + ln v(2,2) is the logarithm of this.
     static typename Math::Fraction LogSum(const Corners& v) noexcept { return {v[0][0] * v[1][1], v[0][1] * v[1][0]}; }
 
-    /// What the four corners add up to.
+    /// What the four corners add up to, before logarithms and arguments are taken.
     struct CornerSums {
-        Batch q = Batch(0.0);
-        Batch overR = Batch(0.0), y11 = Batch(0.0), xiY11 = Batch(0.0);  ///< 1/R, Y11, xi Y11
-        Batch dX11 = Batch(0.0), yX11 = Batch(0.0);                      ///< d~ X11, y~ X11
-        Batch yOverRd = Batch(0.0), xiOverRd = Batch(0.0);               ///< y~ / (R + d~), xi / (R + d~)
-        Batch etaTerm = Batch(0.0), xiTerm = Batch(0.0);  ///< vertical: eta/(R+d~) + y~ q/(R+d~)^2, xi y~/(R+d~)^2
-        Batch theta = Batch(0.0), a = Batch(0.0), logRd = Batch(0.0), logRe = Batch(0.0);
-        Mask singular = Mask(false);
+        Batch q;
+        Batch overR, y11, xiY11;         ///< 1/R, Y11, xi Y11
+        Batch dX11, yX11;                ///< d~ X11, y~ X11
+        Batch yOverRd, xiOverRd;         ///< y~ / (R + d~), xi / (R + d~)
+        Batch etaTerm, xiTerm;           ///< vertical: eta/(R+d~) + y~ q/(R+d~)^2, xi y~/(R+d~)^2
+        Complex theta, a;                ///< numbers whose arguments are the sums of Theta, but for a turn, and of A
+        Batch lowTurn, highTurn;         ///< which turn it is: the imaginary parts of both pairs of Theta, in order
+        typename Math::Fraction rd, re;  ///< of the logarithms
+        Mask singular;
     };
 
     /// Replaces each value by its inverse, for one division.
@@ -198,7 +204,7 @@ private:
     template <bool kHorizontal, bool kVertical>
     // The branches are the four instantiations, not decisions.
     // NOLINTNEXTLINE(readability-function-cognitive-complexity)
-    [[gnu::always_inline]] static CornerSums SumCorners(const FiniteKernelSource& s, const SurfacePoints& in) noexcept {
+    static void SumCorners(const FiniteKernelSource& s, const SurfacePoints& in, CornerSums& sums) noexcept {
         constexpr bool kNeedsRd = kHorizontal || kVertical;
         const Batch sd(s.sd), cd(s.cd);
         Batch xi[2];
@@ -238,7 +244,6 @@ private:
             }
         }
         const Batch largest = xsimd::max(xsimd::max(R[0][0], R[0][1]), xsimd::max(R[1][0], R[1][1]));
-        CornerSums sums;
         sums.q = q;
         // What is not a number may get past these; it does not get past the noise.
         // A depth of 0 may come out a little less.
@@ -255,19 +260,15 @@ private:
         }
         const Complex first = ProductWithConjugate(theta[0][0], theta[0][1]);
         const Complex second = ProductWithConjugate(theta[1][1], theta[1][0]);
-        const Complex thetaSum = Product(first, second);
-        if constexpr (kVertical) {
-            sums.theta = Unwound(Math::Arguments(thetaSum, thetaSum).first, first, second);
-        } else {
-            const Complex aSum = ArgumentSumOfA(s, R, xi, eta, D);
-            const auto arguments = Math::Arguments(thetaSum, aSum);
-            sums.theta = Unwound(arguments.first, first, second);
-            sums.a = arguments.second;
+        sums.theta = Product(first, second);
+        sums.lowTurn = xsimd::min(first.im, second.im);
+        sums.highTurn = xsimd::max(first.im, second.im);
+        if constexpr (!kVertical) {
+            sums.a = ArgumentSumOfA(s, R, xi, eta, D);
         }
         if constexpr (!kVertical || kHorizontal) {
-            const auto logs = Math::Logs(LogSum(rd), LogSum(re));
-            sums.logRd = logs.first;
-            sums.logRe = logs.second;
+            sums.rd = LogSum(rd);
+            sums.re = LogSum(re);
         }
 
         Invert(inverse);
@@ -306,7 +307,6 @@ private:
             sums.xiTerm = xi[0] * (Y[0] * overRd2[0][0] - Y[1] * overRd2[1][0]) -
                           xi[1] * (Y[0] * overRd2[0][1] - Y[1] * overRd2[1][1]);
         }
-        return sums;
     }
 
     /// Rounds a component into `rounded`. True in the lanes where it stands clear of the scalar routine's own noise.
@@ -315,23 +315,61 @@ private:
         return xsimd::abs(values) >= noise;
     }
 
+    /// Theta(1,1) - Theta(1,2) - Theta(2,1) + Theta(2,2) from the argument of the product of all four numbers. Each
+    /// lies within (-pi/2, pi/2), the differences of both pairs within (-pi, pi): the whole misses a turn just when
+    /// both have one sign and it has the other.
+    static Batch Unwound(const Batch& argument, const CornerSums& f) noexcept {
+        const Batch zero(0.0);
+        const Mask up = (f.lowTurn >= zero) && (argument < zero);
+        const Mask down = (f.highTurn < zero) && (argument > zero);
+        return xsimd::select(up, argument + Batch(kKernelTwoPi),
+                             xsimd::select(down, argument - Batch(kKernelTwoPi), argument));
+    }
+
+    struct Transcendentals {
+        Batch theta, a, logRd, logRe;
+    };
+
+    /// The second half of a step. True in the lanes that it could do.
+    template <bool kHorizontal, bool kVertical>
+    static Mask Finish(const FiniteKernelSource& s, const CornerSums& f, const SurfaceDisplacements& u) noexcept {
+        Transcendentals t;
+        if constexpr (kVertical) {
+            t.theta = Unwound(Math::Arguments(f.theta, f.theta).first, f);
+        } else {
+            const auto arguments = Math::Arguments(f.theta, f.a);
+            t.theta = Unwound(arguments.first, f);
+            t.a = arguments.second;
+        }
+        if constexpr (!kVertical || kHorizontal) {
+            const auto logs = Math::Logs(f.rd, f.re);
+            t.logRd = logs.first;
+            t.logRe = logs.second;
+        }
+        if constexpr (kVertical) {
+            return StoreVertical<kHorizontal>(s, f, t, u);
+        } else {
+            return StoreInclined<kHorizontal>(s, f, t, u);
+        }
+    }
+
     template <bool kHorizontal>
-    static Mask StoreInclined(const FiniteKernelSource& s, const CornerSums& f,
+    static Mask StoreInclined(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
         const Batch sd(s.sd), cd(s.cd), a3(s.a3), strike(s.strikeSlip), dip(s.dipSlip), noise(s.noise);
         const Batch qY11 = f.q * f.y11;
-        const Batch uzStrike = f.q * (qY11 * cd - f.overR * sd) - a3 * Batch(s.sd / s.cd) * (f.logRd - sd * f.logRe);
-        const Batch uzDip = sd * (Batch(2.0) * a3 * f.a - f.theta) - f.q * f.dX11;
+        const Batch uzStrike = f.q * (qY11 * cd - f.overR * sd) - a3 * Batch(s.sd / s.cd) * (t.logRd - sd * t.logRe);
+        const Batch uzDip = sd * (Batch(2.0) * a3 * t.a - t.theta) - f.q * f.dX11;
         Mask clear = Round(strike * uzStrike + dip * uzDip, noise, u.uz);
         if constexpr (kHorizontal) {
             const Batch overCdCd(1.0 / (s.cd * s.cd)), sdcd(s.sd * s.cd);
-            const Batch I3 = (f.yOverRd * cd - f.logRe + sd * f.logRd) * overCdCd;
-            const Batch I4 = (f.xiOverRd * sdcd + Batch(2.0) * f.a) * overCdCd;
-            const Batch uxStrike = a3 * sd * (f.xiOverRd * cd + I4 * sd) - f.theta - f.q * f.xiY11;
+            const Batch I3 = (f.yOverRd * cd - t.logRe + sd * t.logRd) * overCdCd;
+            const Batch I4 = (f.xiOverRd * sdcd + Batch(2.0) * t.a) * overCdCd;
+            const Batch uxStrike = a3 * sd * (f.xiOverRd * cd + I4 * sd) - t.theta - f.q * f.xiY11;
             const Batch uyStrike =
-                a3 * (f.yOverRd * sdcd + sd * sd * (f.logRd + I3 * sd)) - f.q * (f.overR * cd + qY11 * sd);
+                a3 * (f.yOverRd * sdcd + sd * sd * (t.logRd + I3 * sd)) - f.q * (f.overR * cd + qY11 * sd);
             const Batch uxDip = a3 * I3 * sdcd - f.q * f.overR;
-            const Batch uyDip = -f.q * f.yX11 - f.theta * cd - a3 * sdcd * (f.xiOverRd * cd + I4 * sd);
+            const Batch uyDip = -f.q * f.yX11 - t.theta * cd - a3 * sdcd * (f.xiOverRd * cd + I4 * sd);
             clear = clear && Round(strike * uxStrike + dip * uxDip, noise, u.ux);
             clear = clear && Round(strike * uyStrike + dip * uyDip, noise, u.uy);
         }
@@ -339,17 +377,17 @@ private:
     }
 
     template <bool kHorizontal>
-    static Mask StoreVertical(const FiniteKernelSource& s, const CornerSums& f,
+    static Mask StoreVertical(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
         const Batch sd(s.sd), a3(s.a3), strike(s.strikeSlip), dip(s.dipSlip), noise(s.noise);
         const Batch uzStrike = a3 * f.yOverRd - f.q * f.overR * sd;  // the square of the sine is 1
-        const Batch uzDip = -f.q * f.dX11 - f.theta * sd;
+        const Batch uzDip = -f.q * f.dX11 - t.theta * sd;
         Mask clear = Round(strike * uzStrike + dip * uzDip, noise, u.uz);
         if constexpr (kHorizontal) {
             const Batch half(0.5);
-            const Batch I3 = (f.etaTerm - f.logRe) * half;
-            const Batch uxStrike = a3 * f.xiTerm * half - f.theta - f.q * f.xiY11;
-            const Batch uyStrike = a3 * (f.logRd + I3 * sd) - f.q * f.q * f.y11 * sd;
+            const Batch I3 = (f.etaTerm - t.logRe) * half;
+            const Batch uxStrike = a3 * f.xiTerm * half - t.theta - f.q * f.xiY11;
+            const Batch uyStrike = a3 * (t.logRd + I3 * sd) - f.q * f.q * f.y11 * sd;
             const Batch uxDip = -f.q * f.overR;
             const Batch uyDip = -f.q * f.yX11;
             clear = clear && Round(strike * uxStrike + dip * uxDip, noise, u.ux);
