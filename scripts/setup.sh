@@ -1,26 +1,33 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing, and does nothing when all of them are there.
 #   scripts/setup.sh           what the program needs to be built
-#   scripts/setup.sh --tests   and what the tests need
+#   scripts/setup.sh --python  and what the Python package needs
+#   scripts/setup.sh --tests   and what the tests of both need
 #   scripts/setup.sh --ci      and what the checks of .ci/run need
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/quietly.sh
 
 usage() {
-    echo "Usage: scripts/setup.sh [--tests | --ci]" >&2
+    echo "Usage: scripts/setup.sh [--python | --tests | --ci]" >&2
     exit 2
 }
 
 [ $# -le 1 ] || usage
 packages=(g++ cmake ninja-build libproj-dev libxsimd-dev)
 tools=(c++ cmake ninja)
+python=(python3 python3-numpy python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio
+    python3-rich)
+# Programs of others that open what tdr has written.
+openers=(gmt gdal-bin netcdf-bin)
 case "${1-}" in
     "") ;;
-    --tests) packages+=(doctest-dev) ;;
+    --python) packages+=("${python[@]}") ;;
+    --tests) packages+=(doctest-dev "${python[@]}" python3-pytest "${openers[@]}") ;;
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
         packages+=(doctest-dev clang clang-format clang-tidy libclang-rt-dev valgrind git)
+        packages+=("${python[@]}" python3-pytest "${openers[@]}" black flake8 mypy)
         tools+=(clang++ clang-format clang-tidy valgrind git)
         ;;
     *) usage ;;
@@ -31,10 +38,13 @@ other_systems() {
 Without apt-get the packages have to be installed by hand. Their names elsewhere:
   Fedora  dnf install gcc-c++ cmake ninja-build proj-devel xsimd-devel
           tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind git
+          tdr: python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio python3-rich
   Arch    pacman -S gcc cmake ninja proj xsimd
           tests: doctest          checks: clang compiler-rt valgrind git
+          tdr: python-xarray python-netcdf4 python-matplotlib python-pyproj python-rasterio python-rich
   macOS   brew install cmake ninja proj xsimd
           tests: doctest          checks: llvm git
+          tdr: pip install ./python
 TEXT
 }
 

@@ -1,0 +1,26 @@
+"""Reads, measures, draws and converts what Tidora reads and writes.
+
+>>> import tidora
+>>> series = tidora.open_series("out/Tdr_japan.txt", coord="geographic")    # doctest: +SKIP
+>>> float(series.sum("time").max())                                         # doctest: +SKIP
+"""
+
+from .errors import FileError, TidoraError, TidoraWarning
+from .faults import outlines, read_faults, seismic_moment
+from .grid import open_grid, write_grid
+from .series import open_series, snapshot, total
+
+__all__ = [
+    "FileError",
+    "TidoraError",
+    "TidoraWarning",
+    "open_grid",
+    "open_series",
+    "outlines",
+    "read_faults",
+    "seismic_moment",
+    "snapshot",
+    "total",
+    "write_grid",
+]
+__version__ = "1.0.938"

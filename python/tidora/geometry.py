@@ -1,0 +1,182 @@
+"""Where a grid lies: its shape, its kind of co-ordinates, and how they look in xarray."""
+
+from __future__ import annotations
+
+import warnings
+from dataclasses import dataclass
+from typing import Any, Mapping, Optional
+
+import numpy as np
+import xarray as xr
+
+from .errors import TidoraError, TidoraWarning
+from .lazy import as_field
+
+PLANE = "plane"
+GEOGRAPHIC = "geographic"
+KINDS = (PLANE, GEOGRAPHIC)
+
+MAX_VALUES = 2**31 - 1
+"""nx times ny of a grid is below 2^31."""
+
+
+@dataclass(frozen=True)
+class GridShape:
+    """Nodes of a grid, as the header of a binary grid has them.
+
+    Attributes
+    ----------
+    org_x, org_y : float
+        The first column and the southern row, in metres or degrees.
+    nx, ny : int
+        Columns eastward, rows northward.
+    dx : float
+        Spacing of both axes; always a number of single precision, as in the file.
+    """
+
+    org_x: float
+    org_y: float
+    nx: int
+    ny: int
+    dx: float
+
+    def __post_init__(self) -> None:
+        object.__setattr__(self, "dx", float(np.float32(self.dx)))
+
+    @staticmethod
+    def _axis(origin: float, count: int, dx: float) -> np.ndarray:
+        # Index times spacing is rounded to single precision before the sum, as the program does it.
+        return origin + (np.arange(count, dtype=np.float32) * np.float32(dx)).astype(np.float64)
+
+    @property
+    def x(self) -> np.ndarray:
+        """float64 (nx,): co-ordinates of the columns."""
+        return self._axis(self.org_x, self.nx, self.dx)
+
+    @property
+    def y(self) -> np.ndarray:
+        """float64 (ny,): co-ordinates of the rows, from the south."""
+        return self._axis(self.org_y, self.ny, self.dx)
+
+    def __str__(self) -> str:
+        return f"{self.nx} x {self.ny} nodes from {self.org_x:.10g}, {self.org_y:.10g}, spacing {self.dx:.7g}"
+
+
+def _spacing_candidates(axis: np.ndarray) -> list[np.float32]:
+    mean = np.float32((axis[-1] - axis[0]) / (len(axis) - 1))
+    first = np.float32(axis[1] - axis[0])
+    infinity = np.float32(np.inf)
+    return [first, mean, np.nextafter(mean, -infinity), np.nextafter(mean, infinity)]
+
+
+def _axis_spacing(axis: np.ndarray, name: str) -> list[tuple[np.float32, float]]:
+    """Spacings that an axis may have, each with its largest misfit in units of the spacing."""
+    fits = []
+    for dx in _spacing_candidates(axis):
+        if not dx > 0:
+            raise TidoraError(f"the {name} co-ordinates do not increase")
+        misfit = float(np.max(np.abs(GridShape._axis(float(axis[0]), len(axis), float(dx)) - axis))) / float(dx)
+        fits.append((dx, misfit))
+    return fits
+
+
+def shape_of(field: xr.DataArray) -> GridShape:
+    """Shape of a field whose last two dimensions are ``y`` and ``x``, both increasing.
+
+    The spacing is the number of single precision that repeats the co-ordinates; a field that was read from a grid
+    gives exactly the spacing of its file.
+
+    Raises
+    ------
+    TidoraError
+        If the nodes are not equally spaced within a thousandth of the spacing, or the axes differ.
+    """
+    x = np.asarray(field["x"].values, dtype=np.float64)
+    y = np.asarray(field["y"].values, dtype=np.float64)
+    stated = field.attrs.get("grid_spacing")
+    if stated is not None and float(np.float32(stated)) == float(stated):
+        shape = GridShape(float(x[0]), float(y[0]), x.size, y.size, float(stated))
+        if np.allclose(shape.x, x, rtol=0, atol=1e-4 * shape.dx) and np.allclose(
+            shape.y, y, rtol=0, atol=1e-4 * shape.dx
+        ):
+            return shape
+    if x.size < 2 or y.size < 2:
+        raise TidoraError("a grid of one row or column has no spacing")
+    fits_x, fits_y = _axis_spacing(x, "x"), dict(_axis_spacing(y, "y"))
+    common = [(max(misfit, fits_y[dx]), dx) for dx, misfit in fits_x if dx in fits_y]
+    best_x, best_y = min(fits_x, key=lambda fit: fit[1]), min(fits_y.items(), key=lambda fit: fit[1])
+    if not common:
+        # Axes of nearly the same spacing, computed in different ways, agree in the mean.
+        if abs(float(best_x[0]) - float(best_y[0])) > 1e-6 * float(best_x[0]):
+            raise TidoraError(
+                f"the spacings differ: {float(best_x[0]):.9g} along x, {float(best_y[0]):.9g} along y; "
+                "--spacing resamples"
+            )
+        common = [(max(best_x[1], best_y[1]), best_x[0])]
+    misfit, dx = min(common, key=lambda fit: fit[0])
+    if misfit > 1e-3:
+        raise TidoraError(f"the nodes are not equally spaced: off by up to {misfit:.3g} of a spacing")
+    return GridShape(float(x[0]), float(y[0]), x.size, y.size, float(dx))
+
+
+def guess_kind(shape: GridShape, what: str) -> str:
+    """Kind of co-ordinates of a grid that does not say it; the guess is reported as a warning."""
+    x, y = shape.org_x + (shape.nx - 1) * shape.dx, shape.org_y + (shape.ny - 1) * shape.dx
+    looks_geographic = shape.org_x >= -360 and x <= 360 and shape.org_y >= -90 and y <= 90
+    kind = GEOGRAPHIC if looks_geographic else PLANE
+    unit = "degrees" if looks_geographic else "metres"
+    warnings.warn(f"{what}: co-ordinates taken as {unit} (say --coord {kind} to be sure)", TidoraWarning, stacklevel=3)
+    return kind
+
+
+def axis_attributes(kind: str, axis: str) -> dict[str, str]:
+    """CF attributes of co-ordinate ``x`` or ``y``."""
+    if kind == GEOGRAPHIC:
+        name, unit = {"x": ("longitude", "degrees_east"), "y": ("latitude", "degrees_north")}[axis]
+        return {"standard_name": name, "long_name": name, "units": unit, "axis": axis.upper()}
+    return {
+        "standard_name": f"projection_{axis}_coordinate",
+        "long_name": f"{axis} in the plane of the grid",
+        "units": "m",
+        "axis": axis.upper(),
+    }
+
+
+def kind_of(field: xr.DataArray) -> str:
+    """Kind of co-ordinates of a field: `PLANE` or `GEOGRAPHIC`."""
+    return GEOGRAPHIC if str(field["x"].attrs.get("units", "")).startswith("degree") else PLANE
+
+
+def make_field(
+    data: Any,
+    shape: GridShape,
+    kind: str,
+    attrs: Mapping[str, Any],
+    leading: Optional[Mapping[str, Any]] = None,
+) -> xr.DataArray:
+    """A field on a grid.
+
+    Parameters
+    ----------
+    data : array_like, (..., ny, nx)
+        Values, the southern row first; a lazily indexed array is not read.
+    shape : GridShape
+        Its nodes.
+    kind : str
+        `PLANE` or `GEOGRAPHIC`.
+    attrs : mapping
+        Attributes of the field.
+    leading : mapping, optional
+        Co-ordinates of the dimension ``time``: name to variable.
+    """
+    coords: dict[str, Any] = dict(leading or {})
+    coords["y"] = ("y", shape.y, axis_attributes(kind, "y"))
+    coords["x"] = ("x", shape.x, axis_attributes(kind, "x"))
+    dims = ("time", "y", "x") if leading else ("y", "x")
+    return as_field(dims, data, {**attrs, "grid_spacing": shape.dx}, coords)
+
+
+def row_blocks(shape: GridShape, values: int = 1 << 18) -> list[slice]:
+    """Slices of rows of about `values` values each, from the south."""
+    step = max(1, values // shape.nx)
+    return [slice(first, min(first + step, shape.ny)) for first in range(0, shape.ny, step)]
