@@ -302,6 +302,7 @@ def build_parser() -> argparse.ArgumentParser:
     parser.add_argument("--version", action="version", version=f"tdr {__version__}")
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
     _add_info(commands)
+    _add_plot(commands)
     return parser
 
 
