@@ -2,11 +2,13 @@
 
 from __future__ import annotations
 
+import io
 import os
 import shutil
 import struct
 import subprocess
 import sys
+from contextlib import redirect_stderr, redirect_stdout
 from pathlib import Path
 
 import numpy as np
@@ -56,16 +58,19 @@ def tool(*command, **options):
 
 
 def tdr(*arguments, status=0, cwd=None):
-    """Runs the command in a process of its own."""
-    result = subprocess.run(
-        [sys.executable, "-m", "tidora", *map(str, arguments)],
-        capture_output=True,
-        text=True,
-        cwd=cwd,
-        env={**os.environ, "PYTHONPATH": str(ROOT / "python")},
-    )
-    assert result.returncode == status, result.stdout + result.stderr
-    return result
+    """Runs the command and holds its exit status; has what it prints as `stdout` and `stderr`."""
+    from tidora.cli import main
+
+    out, err = io.StringIO(), io.StringIO()
+    before = os.getcwd()
+    try:
+        os.chdir(cwd or before)
+        with redirect_stdout(out), redirect_stderr(err):
+            found = main([str(word) for word in arguments])
+    finally:
+        os.chdir(before)
+    assert found == status, out.getvalue() + err.getvalue()
+    return subprocess.CompletedProcess(arguments, found, out.getvalue(), err.getvalue())
 
 
 @pytest.fixture(scope="session")

@@ -303,12 +303,20 @@ def build_parser() -> argparse.ArgumentParser:
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
     _add_info(commands)
     _add_plot(commands)
+    _add_convert(commands)
     return parser
 
 
-def _show_warning(message: Any, category: type, *_: Any, **__: Any) -> None:
-    if issubclass(category, TidoraWarning):
-        print(f"tdr: note: {message}", file=sys.stderr)
+def _shown_once() -> Callable[..., None]:
+    """Takes the place of warnings.showwarning: says each note once, and nothing that libraries tell programmers."""
+    said: set[str] = set()
+
+    def show(message: Any, category: type, *_: Any, **__: Any) -> None:
+        if issubclass(category, TidoraWarning) and str(message) not in said:
+            said.add(str(message))
+            print(f"tdr: note: {message}", file=sys.stderr)
+
+    return show
 
 
 def main(arguments: Optional[Sequence[str]] = None) -> int:
@@ -325,8 +333,8 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
     except SystemExit as end:  # argparse has said what is wrong
         return int(end.code or 0)
     with warnings.catch_warnings():
-        warnings.simplefilter("once", TidoraWarning)
-        warnings.showwarning = _show_warning
+        warnings.simplefilter("always", TidoraWarning)
+        warnings.showwarning = _shown_once()
         try:
             status = args.command(args)
             sys.stdout.flush()
