@@ -304,6 +304,7 @@ def build_parser() -> argparse.ArgumentParser:
     _add_info(commands)
     _add_plot(commands)
     _add_convert(commands)
+    _add_run(commands)
     return parser
 
 
