@@ -117,9 +117,10 @@ def test_progress_is_told_from_the_lines_of_the_program():
         7,
         "region 1 of 2 parent",
     )
-    assert not display.take("maxval = 3")
+    assert display.phase == "deformation" and not display.take("maxval = 3")
+    assert display.take(">>>>> Kajiura Filter Calc") and display.phase == "filter"
     display.take(">>>>>>>>>>>>>>>>>> Write File : out/Tdr_a_0000s.bin")
-    assert display.files == ["out/Tdr_a_0000s.bin"]
+    assert display.files == ["out/Tdr_a_0000s.bin"] and display.phase == "writing"
     display.take(">>>>> Fault Deform : f.txt")
     assert (display.element, display.region) == (0, "region 2 of 2 child")
 

@@ -10,7 +10,7 @@ import sys
 import tempfile
 from contextlib import contextmanager
 from pathlib import Path as FilePath
-from typing import IO, Iterator, Optional
+from typing import IO, TYPE_CHECKING, Iterator, Optional
 
 from .config import Configuration, read_configuration
 from .errors import Path, TidoraError
@@ -19,6 +19,9 @@ from .geometry import GEOGRAPHIC
 from .info import place, volume
 from .measure import Extreme, measure
 from .series import open_series, total
+
+if TYPE_CHECKING:
+    from rich.progress import Progress, TaskID
 
 _ELEMENT = re.compile(r"(\d+)/(\d+) Completed ")
 _WRITTEN = re.compile(r">+ Write File : (.*)")
@@ -55,6 +58,7 @@ class Display:
         self.element = 0
         self.element_count = 0
         self.intervals = 0
+        self.phase = ""
         self.files: list[str] = []
 
     def take(self, line: str) -> bool:
@@ -64,10 +68,14 @@ class Display:
         elif line.startswith(">>>>> Fault Deform : "):
             self.regions_begun += 1
             self.element = 0
+            self.phase = "deformation"
+        elif line.startswith(">>>>> Kajiura Filter Calc"):
+            self.phase = "filter"
         elif element := _ELEMENT.match(line):
             self.element, self.element_count = int(element.group(1)), int(element.group(2))
         elif written := _WRITTEN.match(line):
             self.files.append(written.group(1))
+            self.phase = "writing"
         else:
             return False
         return True
@@ -140,7 +148,7 @@ def _watch(
     record: Optional[IO[str]],
 ) -> int:
     from rich.console import Console
-    from rich.progress import BarColumn, Progress, TaskProgressColumn, TextColumn, TimeElapsedColumn
+    from rich.progress import BarColumn, Progress, TextColumn
 
     console = Console(stderr=True)
     try:
@@ -157,16 +165,16 @@ def _watch(
     assert process.stdout is not None
     kinds = 3 if configuration and configuration.slope_term else 2
     with Progress(
-        TextColumn("{task.description:<24}"),
+        TextColumn("{task.description:<28}"),
         BarColumn(),
-        TaskProgressColumn("{task.completed:>5.0f}/{task.total}"),
-        TimeElapsedColumn(),
+        TextColumn("{task.fields[reached]:>9}"),
         console=console,
         transient=True,
         disable=not console.is_terminal,
     ) as bars:
-        elements = bars.add_task("reading", total=None)
-        intervals = bars.add_task("intervals written", total=None)
+        regions, elements, intervals = (
+            bars.add_task(name, total=None, reached="") for name in ("reading", "elements", "intervals")
+        )
         region = ""
         try:
             for line in process.stdout:
@@ -174,14 +182,11 @@ def _watch(
                     record.write(line)
                 if not display.take(line.rstrip("\n")):
                     continue
-                expected = display.intervals * kinds * max(len(display.region_names), 1)
-                bars.update(
-                    elements,
-                    description=f"{display.region}, elements",
-                    completed=display.element,
-                    total=display.element_count or None,
-                )
-                bars.update(intervals, completed=len(display.files), total=expected or None)
+                begun, count = display.regions_begun, len(display.region_names)
+                _update(bars, regions, max(begun - 1, 0), count, f"{display.region}, {display.phase}".rstrip(", "))
+                _update(bars, elements, display.element, display.element_count)
+                # Every interval is written once for each of the series of a region.
+                _update(bars, intervals, len(display.files) // kinds, display.intervals * max(count, 1))
                 if not console.is_terminal and display.region != region:
                     region = display.region
                     print(f"tdr: {region}", file=sys.stderr, flush=True)
@@ -196,6 +201,12 @@ def _watch(
                 except KeyboardInterrupt:
                     continue
     return 128 - status if status < 0 else status
+
+
+def _update(bars: "Progress", task: "TaskID", reached: int, total: int, name: Optional[str] = None) -> None:
+    bars.update(task, completed=reached, total=total or None, reached=f"{reached}/{total}" if total else "")
+    if name is not None:
+        bars.update(task, description=name)
 
 
 def summary(configuration: Configuration, display: Display, rigidity: float = RIGIDITY) -> str:
