@@ -9,6 +9,8 @@ import numpy as np
 import pytest
 from conftest import DATA, ROOT, tdr
 
+import tidora
+
 PAGE = ROOT / "docs" / "tdr.md"
 SHOWN = re.compile(r"```text\n\$ (tdr (?:.|\\\n)*?)(?<!\\)\n(.*?)```", re.DOTALL)
 
@@ -74,6 +76,14 @@ def test_the_readme_shows_the_picture_and_quickstart_draws_it():
 def test_what_is_shown_is_compared_line_by_line_and_an_elision_stands_for_any_lines():
     assert as_shown("a\nb\n", "a\nb\n") and as_shown("a\n[...]\nc\n", "a\nb\nb\nc\n") and as_shown("a\n", "a  \n")
     assert not as_shown("a\n", "a\nb\n") and not as_shown("a\n[...]\nc\n", "a\nb\n") and not as_shown("a.\n", "ab\n")
+
+
+def test_the_version_is_that_of_the_program():
+    project = re.search(r"project\(Tidora VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text()).group(1)
+    package = re.search(r'^version = "([\d.]+)"', (ROOT / "python" / "pyproject.toml").read_text(), re.MULTILINE).group(
+        1
+    )
+    assert project == package == tidora.__version__
 
 
 def test_the_examples_of_the_data_are_those_of_the_page():

@@ -1,7 +1,5 @@
 """``python -m tidora`` is ``tdr``."""
 
-import sys
+from .cli import command
 
-from .cli import main
-
-sys.exit(main())
+command()

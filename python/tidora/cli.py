@@ -357,3 +357,15 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
             return 1
         except KeyboardInterrupt:
             return 130
+
+
+def command() -> None:
+    """``tdr`` as a process: ends it with the status of `main`."""
+    status = main()
+    netcdf = sys.modules.get("tidora.convert.netcdf")
+    if netcdf is not None and netcdf.UNCLOSED:
+        # A disk that is full leaves a file that the HDF5 library cannot close, and crashes on at the end of Python.
+        sys.stdout.flush()
+        sys.stderr.flush()
+        os._exit(status)
+    sys.exit(status)

@@ -128,6 +128,14 @@ def open_series(list_file: Path, coord: Optional[str] = None) -> xr.DataArray:
     )
 
 
+def interval_times(series: xr.DataArray) -> tuple[np.ndarray, np.ndarray]:
+    """Starts and lengths of the intervals of a series in s, float64 (time,); lengths that nobody has stated are 0."""
+    starts = np.asarray(series["time"].values, float)
+    if "rise_time" not in series.coords:
+        return starts, np.zeros_like(starts)
+    return starts, np.asarray(series["rise_time"].values, float)
+
+
 def total(series: xr.DataArray, dtype: type = np.float64) -> xr.DataArray:
     """Sum of a series over time, formed in double precision, one block of rows at a time.
 
@@ -152,8 +160,7 @@ def total(series: xr.DataArray, dtype: type = np.float64) -> xr.DataArray:
         for layer in range(size["time"]):
             block += series.isel(time=layer, y=rows).values
         result[rows] = block
-    start = np.asarray(series["time"].values, float)
-    length = np.asarray(series["rise_time"].values, float) if "rise_time" in series.coords else np.zeros_like(start)
+    start, length = interval_times(series)
     attrs = {key: value for key, value in series.attrs.items() if key != "time_content"}
     attrs.update(intervals=size["time"], time_span=(float(start.min()), float((start + length).max())))
     return xr.DataArray(result, {"y": series["y"], "x": series["x"]}, ("y", "x"), series.name, attrs)

@@ -19,7 +19,7 @@ from ..grid import is_binary_name, write_grid
 from ..lazy import Key, as_field, lazily
 from ..opening import ending, open_field
 from ..resample import ToSource, resampled
-from ..series import snapshot, total
+from ..series import interval_times, snapshot, total
 from .reference import GEOGRAPHIC_CRS, crs_of, kind_of_crs, to_crs, with_crs
 
 DTOPO = (".tt3", ".dtopo", ".dtt3")
@@ -326,9 +326,7 @@ def _write(field: xr.DataArray, request: Request, form: str, layers: int, progre
 
         count = 1
         if layers:
-            count = time_steps(
-                np.asarray(field["time"].values, float), np.asarray(field["rise_time"].values, float), request.step
-            )[2]
+            count = time_steps(*interval_times(field), request.step)[2]
         with progress("Writing", count) as step:
             return write_dtopo(field, target, request.step, step)
     blocks = len(row_blocks(shape_of(field)))

@@ -17,6 +17,7 @@ import xarray as xr
 from ..errors import Path, TidoraError
 from ..files import replacing
 from ..geometry import GridShape, row_blocks, shape_of
+from ..series import interval_times
 
 MAX_TIMES = 1000
 """Steps that are taken without being asked for."""
@@ -86,10 +87,7 @@ def write_dtopo(
     shape = shape_of(series)
     if "time" in series.dims:
         layers = [series.isel(time=layer) for layer in range(series.sizes["time"])]
-        starts = np.asarray(series["time"].values, float)
-        lengths = (
-            np.asarray(series["rise_time"].values, float) if "rise_time" in series.coords else np.zeros_like(starts)
-        )
+        starts, lengths = interval_times(series)
     else:
         layers, starts, lengths = [series], np.zeros(1), np.zeros(1)
     first, step, count = time_steps(starts, lengths, step)

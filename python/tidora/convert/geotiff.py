@@ -7,6 +7,7 @@ of the picture lies half a spacing outside of the outermost nodes. The first row
 from __future__ import annotations
 
 import os
+import zlib
 from typing import Any, Callable, Optional
 
 import numpy as np
@@ -68,13 +69,25 @@ def write_geotiff(field: xr.DataArray, path: Path, progress: Callable[[str], Non
                     **{_ORIGIN: f"{shape.org_x!r} {shape.org_y!r}", _SPACING: repr(shape.dx)},
                 )
                 file.set_band_unit(1, "m")
+                sums = []
                 for rows in row_blocks(shape):
-                    block = np.asarray(field.isel(y=rows).values, dtype=np.float32)[::-1]
-                    file.write(block, 1, window=Window(0, shape.ny - rows.stop, shape.nx, rows.stop - rows.start))
+                    block = np.ascontiguousarray(field.isel(y=rows).values[::-1], dtype=np.float32)
+                    file.write(block, 1, window=_window(shape, rows))
+                    sums.append(zlib.crc32(block.tobytes()))
                     progress("")
+            # What fails while the file is closed, on a full disk say, is not told: only reading it back shows it.
+            with rasterio.Env(GDAL_CACHEMAX=16), rasterio.open(part) as file:
+                for rows, expected in zip(row_blocks(shape), sums):
+                    if zlib.crc32(file.read(1, window=_window(shape, rows)).tobytes()) != expected:
+                        raise FileError(path, "cannot be written: it does not hold what was written (a full disk?)")
         except (RasterioError, RasterioIOError) as error:
             raise FileError(path, f"cannot be written: {error}") from None
     return shape
+
+
+def _window(shape: GridShape, rows: slice) -> Window:
+    """Where rows, counted from the south, stand in a picture that begins in the north."""
+    return Window(0, shape.ny - rows.stop, shape.nx, rows.stop - rows.start)
 
 
 def open_geotiff(path: Path, coord: Optional[str] = None) -> xr.DataArray:

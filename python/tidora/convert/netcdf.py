@@ -23,6 +23,8 @@ _X_NAMES = ("x", "lon", "longitude", "easting", "col")
 _Y_NAMES = ("y", "lat", "latitude", "northing", "row")
 _VALUE_NAMES = ("z", "elevation", "topo", "bathymetry", "band1", "height", "altitude", "depth")
 _CHUNK = 1 << 16
+UNCLOSED: list[netCDF4.Dataset] = []
+"""Files that could not be written to their end. The library crashes when it closes them again as the process ends."""
 
 
 def write_netcdf(
@@ -59,21 +61,33 @@ def write_netcdf(
             _write_axes(file, field)
             if series:
                 _write_times(file, field, epoch)
-            variable = _create_values(file, field, shape)
-            layers = [field.isel(time=layer) for layer in range(field.sizes["time"])] if series else [field]
-            lowest, highest = math.inf, -math.inf
-            for number, layer in enumerate(layers):
-                for rows in row_blocks(shape):
-                    block = np.asarray(layer.isel(y=rows).values, dtype=np.float32)
-                    variable[(number, rows) if series else rows] = block
-                    if not np.isnan(block).all():
-                        lowest, highest = min(lowest, float(np.nanmin(block))), max(highest, float(np.nanmax(block)))
-                progress(f"{starts[number]:g} s" if series else "")
-            if lowest <= highest:
-                variable.actual_range = np.array([lowest, highest], np.float32)
-        finally:
+            _write_values(file, field, shape, progress)
             file.close()
+        except RuntimeError as error:
+            UNCLOSED.append(file)
+            raise FileError(path, f"cannot be written: {error}") from None
+        except BaseException:
+            file.close()
+            raise
     return shape
+
+
+def _write_values(
+    file: netCDF4.Dataset, field: xr.DataArray, shape: GridShape, progress: Callable[[str], None]
+) -> None:
+    series = "time" in field.dims
+    variable = _create_values(file, field, shape)
+    layers = [field.isel(time=layer) for layer in range(field.sizes["time"])] if series else [field]
+    lowest, highest = math.inf, -math.inf
+    for number, layer in enumerate(layers):
+        for rows in row_blocks(shape):
+            block = np.asarray(layer.isel(y=rows).values, dtype=np.float32)
+            variable[(number, rows) if series else rows] = block
+            if not np.isnan(block).all():
+                lowest, highest = min(lowest, float(np.nanmin(block))), max(highest, float(np.nanmax(block)))
+        progress(f"{float(layer['time']):g} s" if series else "")
+    if lowest <= highest:
+        variable.actual_range = np.array([lowest, highest], np.float32)
 
 
 def _write_globals(file: netCDF4.Dataset, field: xr.DataArray) -> None:
@@ -141,6 +155,11 @@ def _create_values(file: netCDF4.Dataset, field: xr.DataArray, shape: GridShape)
         variable.comment = "What each interval adds; the state at its end is the running sum over time."
         if "rise_time" in field.coords:
             variable.coordinates = "rise_time"
+    elif "time" in field.coords:
+        start = float(field["time"])
+        variable.comment = (
+            f"What the interval from {start:g} s to {start + float(field.coords.get('rise_time', 0)):g} s adds."
+        )
     elif "time_span" in field.attrs:
         variable.comment = "Sum of {} intervals, {:g} s to {:g} s.".format(
             field.attrs["intervals"], *field.attrs["time_span"]

@@ -88,7 +88,7 @@ def panel_size(field: xr.DataArray, across: float) -> tuple[float, float]:
     """Inches of a map whose width, or height when it is taller, is `across`."""
     west, east, south, north = edges(field)
     ratio = (north - south) * aspect(field) / (east - west)
-    return (across, across * ratio) if ratio <= 1 else (max(across / ratio, 2.5), across)
+    return (across, max(across * ratio, 1.5)) if ratio <= 1 else (max(across / ratio, 2.5), across)
 
 
 def _colour_bar(figure: Figure, image: ScalarMappable, axes: Sequence[Axes], top: float) -> None:

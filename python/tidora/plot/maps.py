@@ -122,6 +122,8 @@ def draw_map(axes: Axes, field: xr.DataArray, limit: float, overlay: Overlay, ma
 
 def _draw_coast(axes: Axes, topography: xr.DataArray) -> None:
     land = thinned(topography)
+    if min(land.shape) < 2:
+        return  # no contour without cells
     heights = np.ma.masked_invalid(np.asarray(land.values, dtype=float))
     if heights.count() == 0 or not float(heights.min()) < 0 < float(heights.max()):
         return
