@@ -21,6 +21,11 @@ DATA = ROOT / "examples" / "tohoku2011" / "data"
 DX = np.float32(1.0 / 12.0)
 
 
+def pytest_configure(config):
+    """A guess that a test does not expect is a failure."""
+    config.addinivalue_line("filterwarnings", "error::tidora.errors.TidoraWarning")
+
+
 def binary_grid(path, values, org=(138.0, 33.0), dx=DX, tail=b""):
     """Writes a binary grid by its byte table; values (ny, nx), southern row first."""
     values = np.asarray(values, np.float32)

@@ -91,6 +91,7 @@ def test_only_wet_nodes_count_when_a_topography_is_given(tmp_path):
 
 
 UNKNOWN = [
+    ("a grid with a blank behind its size", "2 2 \n0 0 1 1\n1 2\n3 4\n", "nothing else, not 3 items", 1),
     ("prose", "hello world, this\n", "neither a grid", 1),
     ("comments alone", "# a\n", "is empty", 1),
     ("no file", None, "cannot be opened", 1),

@@ -183,6 +183,12 @@ def test_files_of_others_are_read_with_the_south_west_first(tmp_path, options):
     assert field["x"].attrs["units"] == "degrees_east"
 
 
+def test_units_in_the_file_go_before_what_is_stated(tmp_path):
+    binary_grid(tmp_path / "a.bin", smooth(3, 4))
+    tdr("convert", tmp_path / "a.bin", tmp_path / "a.nc", "--coord", "geographic")
+    assert open_netcdf(tmp_path / "a.nc", "plane")["x"].attrs["units"] == "degrees_east"
+
+
 def test_layers_in_time_that_are_not_known_to_be_increments_are_not_summed(tmp_path):
     dataset = xr.Dataset({"h": (("time", "y", "x"), np.ones((2, 3, 4)))},
                          {"time": [0.0, 1.0], "y": [0.0, 1.0, 2.0], "x": [0.0, 1.0, 2.0, 3.0]})  # fmt: skip

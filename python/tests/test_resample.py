@@ -171,6 +171,7 @@ WRONG = [
     ("another system without a region", ["--crs", "EPSG:32654", "--spacing", "1000"], 2, "needs --region"),
     ("no such system", ["--crs", "EPSG:0"], 1, "no reference system"),
     ("a system in feet", ["--crs", "EPSG:2263", "--spacing", "10", "--region", "1/2/3/4"], 1, "neither in degrees nor"),
+    ("a system with heights", ["--crs", "EPSG:4979", "--spacing", "1"], 1, "has 3 axes"),
     ("west beyond east", ["--region", "141/139/34/36"], 2, "west is below east"),
     ("a spacing of nothing", ["--spacing", "0"], 2, "not above 0"),
     ("a word for a spacing", ["--spacing", "5m"], 2, "such as 1/12"),

@@ -54,7 +54,8 @@ def recognise(path: Path) -> str:
             return SERIES
         if len(words) >= 10:
             return FAULTS
-        if len(words) == 2 and all(word.strip().lstrip("+-").isdigit() for word in words):
+        numbers = line.text.split()  # a blank behind them is an error that the reader of grids explains
+        if len(numbers) == 2 and all(word.lstrip("+-").isdigit() for word in numbers):
             return GRID
         raise FileError(
             path,

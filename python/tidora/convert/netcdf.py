@@ -15,7 +15,7 @@ import xarray as xr
 from .. import __version__
 from ..errors import FileError, Path, TidoraError
 from ..files import replacing
-from ..geometry import GEOGRAPHIC, GridShape, axis_attributes, guess_kind, kind_of, row_blocks, shape_of
+from ..geometry import GEOGRAPHIC, PLANE, GridShape, axis_attributes, guess_kind, kind_of, row_blocks, shape_of
 from ..lazy import Key, as_field, lazily, span
 from .reference import crs_of
 
@@ -282,7 +282,7 @@ def _normalised(
     nodes = {
         name: np.sort(np.asarray(dataset[source].values, np.float64)) for name, source in (("x", x_name), ("y", y_name))
     }
-    kind = coord or _kind(path, x_unit, str(x_name), nodes)
+    kind = _kind(path, x_unit, str(x_name), nodes, coord)
     if kind != GEOGRAPHIC and x_unit in ("km", "kilometer", "kilometers"):
         nodes = {name: 1000.0 * values for name, values in nodes.items()}
     coords: dict[str, Any] = {name: (name, values, axis_attributes(kind, name)) for name, values in nodes.items()}
@@ -292,7 +292,7 @@ def _normalised(
             np.asarray(variable[others[0]].values, float)
             if others[0] in variable.coords
             else np.arange(float(variable.sizes[others[0]])),
-            {"units": "s", "axis": "T"},
+            {"units": str(dataset[others[0]].attrs.get("units", "s")) if others[0] in dataset.coords else "s"},
         )
         if "rise_time" in dataset and dataset["rise_time"].dims == (others[0],):
             coords["rise_time"] = ("time", np.asarray(dataset["rise_time"].values, float), {"units": "s"})
@@ -343,11 +343,13 @@ def _lazy_values(variable: xr.DataArray, dims: tuple[Any, ...], flipped: list[An
     return lazily(tuple(sizes), read)
 
 
-def _kind(path: Path, unit: str, name: str, nodes: dict[str, np.ndarray]) -> str:
+def _kind(path: Path, unit: str, name: str, nodes: dict[str, np.ndarray], stated: Optional[str]) -> str:
     if unit.startswith("degree") or name.lower() in ("lon", "longitude"):
         return GEOGRAPHIC
     if unit in ("m", "metre", "metres", "meter", "meters", "km", "kilometer", "kilometers"):
-        return "plane"
+        return PLANE
+    if stated is not None:
+        return stated
     x, y = nodes["x"], nodes["y"]
     spacing = (x[-1] - x[0]) / max(x.size - 1, 1)
     return guess_kind(GridShape(float(x[0]), float(y[0]), x.size, y.size, float(spacing)), os.fspath(path))

@@ -30,6 +30,8 @@ def kind_of_crs(crs: pyproj.CRS) -> str:
     TidoraError
         If it is neither degrees nor metres.
     """
+    if len(crs.axis_info) != 2:
+        raise TidoraError(f"{crs.name} has {len(crs.axis_info)} axes, a grid has two")
     if crs.is_geographic:
         return GEOGRAPHIC
     if crs.is_projected and all(axis.unit_conversion_factor == 1.0 for axis in crs.axis_info[:2]):
