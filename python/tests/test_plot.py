@@ -13,7 +13,7 @@ import matplotlib.pyplot as plt  # noqa: E402
 import tidora  # noqa: E402
 from tidora.geometry import GridShape, make_field  # noqa: E402
 from tidora.plot.figures import colour_limit, draw_frames, draw_maps, draw_section, round_up  # noqa: E402
-from tidora.plot.maps import Overlay, aspect, draw_map, edges, nice, profile, thinned  # noqa: E402
+from tidora.plot.maps import Overlay, _metres, aspect, draw_map, edges, nice, profile, thinned  # noqa: E402
 
 
 def plane(values, org=(0.0, 0.0), dx=1000.0, kind="plane"):
@@ -67,7 +67,7 @@ def test_the_extremes_are_marked_with_their_values():
     values[2, 3], values[6, 5] = 1.234, -0.5
     axes, _ = drawn(plane(values))
     texts = [text.get_text() for text in axes.texts]
-    assert "1.23 m" in texts and "\u22120.50 m" in texts
+    assert "1.23 m" in texts and "\u22120.50 m" in texts and _metres(-8967.0) == "\u22128967 m"
     marks = {
         line.get_marker(): (line.get_xdata()[0], line.get_ydata()[0])
         for line in axes.lines

@@ -171,7 +171,7 @@ def _draw_extremes(axes: Axes, shown: xr.DataArray) -> None:
         x, y = float(shown["x"][column]), float(shown["y"][row])
         axes.plot(x, y, marker, color="black", markeredgecolor="white", markersize=7, zorder=7)
         axes.annotate(
-            f"{values[row, column]:.2f} m".replace("-", "\u2212"),
+            _metres(values[row, column]),
             (x, y),
             xytext=(9 if right else -9, 0),
             textcoords="offset points",
@@ -181,6 +181,10 @@ def _draw_extremes(axes: Axes, shown: xr.DataArray) -> None:
             path_effects=_HALO,
             zorder=8,
         )
+
+
+def _metres(value: float) -> str:
+    return f"{value:.{2 if abs(value) < 100 else 0}f} m".replace("-", "\u2212")
 
 
 def _degrees(names: str) -> FuncFormatter:
