@@ -158,6 +158,12 @@ def test_a_resampled_field_is_the_same_in_any_part(tmp_path):
         assert np.array_equal(result[part].values, whole[part])
 
 
+def test_a_region_in_the_south_west_needs_no_equals_sign(tmp_path):
+    bathymetry(tmp_path / "g.nc", -80.0, -45.0, 200, 200, 0.1, slope)
+    tdr("convert", tmp_path / "g.nc", tmp_path / "g.bin", "--region", "-75/-70/-40/-30", "--spacing", "0.1")
+    assert tidora.open_grid(tmp_path / "g.bin", "geographic")["x"].values[[0, -1]].tolist() == pytest.approx([-75, -70])
+
+
 WRONG = [
     ("out of the source", ["--region", "139/141/34/47", "--spacing", "1/12"], 1, "reaches out of the source"),
     ("out of the source, as it is", ["--region", "139/141/34/47"], 1, "is not within the grid"),

@@ -320,6 +320,17 @@ def _shown_once() -> Callable[..., None]:
     return show
 
 
+def _joined(arguments: Sequence[str]) -> list[str]:
+    """The arguments with the values of some options attached by ``=``: -75/-70/-40/-30 is no option."""
+    words: list[str] = []
+    for word in arguments:
+        if words and words[-1] in ("--region", "--section"):
+            words[-1] += f"={word}"
+        else:
+            words.append(word)
+    return words
+
+
 def main(arguments: Optional[Sequence[str]] = None) -> int:
     """Runs ``tdr`` with `arguments`, those of the process when None.
 
@@ -330,7 +341,7 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
     """
     parser = build_parser()
     try:
-        args = parser.parse_args(arguments)
+        args = parser.parse_args(_joined(sys.argv[1:] if arguments is None else arguments))
     except SystemExit as end:  # argparse has said what is wrong
         return int(end.code or 0)
     with warnings.catch_warnings():
