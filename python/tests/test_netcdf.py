@@ -183,6 +183,14 @@ def test_files_of_others_are_read_with_the_south_west_first(tmp_path, options):
     assert field["x"].attrs["units"] == "degrees_east"
 
 
+def test_a_single_layer_in_time_needs_no_choice(tmp_path):
+    values = smooth(3, 4)
+    axes = {"time": [0.0], "y": [0.0, 1.0, 2.0], "x": [0.0, 1.0, 2.0, 3.0]}
+    xr.Dataset({"h": (("time", "y", "x"), values[None])}, axes).to_netcdf(tmp_path / "h.nc")
+    tdr("convert", tmp_path / "h.nc", tmp_path / "a.bin", "--coord", "plane")
+    assert np.array_equal(tidora.open_grid(tmp_path / "a.bin", "plane").values, values)
+
+
 def test_units_in_the_file_go_before_what_is_stated(tmp_path):
     binary_grid(tmp_path / "a.bin", smooth(3, 4))
     tdr("convert", tmp_path / "a.bin", tmp_path / "a.nc", "--coord", "geographic")

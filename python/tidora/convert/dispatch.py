@@ -116,7 +116,7 @@ def _choose_layer(field: xr.DataArray, request: Request, form: str, notes: list[
                 "the file does not say that its layers are what each interval adds; --snapshot chooses one"
             )
         return field
-    if not request.whole_sum:
+    if not request.whole_sum and field.sizes["time"] > 1:
         if field.attrs.get("time_content") != "increment":
             raise TidoraError(f"the file has {field.sizes['time']} layers in time; --snapshot or --sum chooses")
         notes.append(f"sum of {field.sizes['time']} intervals (--snapshot START takes one of them)")
