@@ -41,7 +41,7 @@ public:
     RunningMaximum(const std::vector<InstantVal2d>& snapshots, const DeformedGrid& grid)
         : m_values(snapshots.empty() || grid.Size() == 0 ? nullptr : snapshots.front().val), m_grid(grid) {
         if (m_values != nullptr) {
-            m_tilesPerColumn = static_cast<std::size_t>((grid.ny - 1) / kTile + 1);
+            m_tilesPerColumn = (static_cast<std::size_t>(grid.ny) - 1) / kTile + 1;
             m_tiles.resize(static_cast<std::size_t>(grid.nx) * m_tilesPerColumn);
             m_columns.resize(static_cast<std::size_t>(grid.nx));
             Refresh({0, grid.nx, 0, grid.ny});

@@ -199,7 +199,7 @@ private:
         m_wanted.clear();
         m_wantedLon.clear();
         m_wantedLat.clear();
-        ForEachOpenColumn(zone, window, [&](int ix, std::uint8_t* isNear) {
+        ForEachOpenColumn(zone, window, [&](int ix, const std::uint8_t* isNear) {
             for (int iy = window.firstRow; iy < window.endRow; ++iy) {
                 const std::size_t at = m_grid.Index(ix, iy);
                 if (isNear[iy - window.firstRow] != 0 && zone.state[at] == Zone::State::Unknown) {
@@ -224,9 +224,10 @@ private:
         ForEachOpenColumn(zone, window, [&](int ix, std::uint8_t* isNear) {
             bool isAllNear = true;
             for (int iy = window.firstRow; iy < window.endRow; ++iy) {
-                std::uint8_t& near = isNear[iy - window.firstRow];
-                near = zone.state[m_grid.Index(ix, iy)] == Zone::State::Known ? near : 0;
-                isAllNear = isAllNear && near != 0;
+                if (zone.state[m_grid.Index(ix, iy)] != Zone::State::Known) {
+                    isNear[iy - window.firstRow] = 0;
+                }
+                isAllNear = isAllNear && isNear[iy - window.firstRow] != 0;
             }
             m_isAllNear[static_cast<std::size_t>(ix - window.firstColumn)] = isAllNear ? 1 : 0;
         });

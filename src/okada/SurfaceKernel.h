@@ -67,6 +67,22 @@ private:
     using Mask = typename Math::Mask;
     using Complex = typename Math::Complex;
 
+    /// Writes the numbers of the lanes of `mask`, the first of which has the number `at`; returns how many.
+    static std::size_t Note(const Mask& mask, std::size_t at, std::size_t lanes, std::uint16_t* numbers) noexcept {
+        if (!xsimd::any(mask)) {
+            return 0;
+        }
+        alignas(64) double isSet[kLanes];
+        xsimd::select(mask, Batch(1.0), Batch(0.0)).store_aligned(isSet);
+        std::size_t count = 0;
+        for (std::size_t lane = 0; lane < lanes; ++lane) {
+            if (isSet[lane] != 0.0) {
+                numbers[count++] = static_cast<std::uint16_t>(at + lane);
+            }
+        }
+        return count;
+    }
+
     /// Steps whose first halves are done before their second halves. A step is a long chain of operations; two shorter
     /// chains, each of many steps, leave the processor fewer gaps.
     static constexpr std::size_t kGroup = 8;
@@ -78,18 +94,6 @@ private:
     static std::size_t ForEachStep(const SurfacePoints& points, const SurfaceDisplacements& out,
                                    std::uint16_t* singular, First first, Second second) noexcept {
         std::size_t singularCount = 0;
-        const auto note = [&](const Mask& mask, std::size_t at, std::size_t count) {
-            if (!xsimd::any(mask)) {
-                return;
-            }
-            alignas(64) double isSingular[kLanes];
-            xsimd::select(mask, Batch(1.0), Batch(0.0)).store_aligned(isSingular);
-            for (std::size_t lane = 0; lane < count; ++lane) {
-                if (isSingular[lane] != 0.0) {
-                    singular[singularCount++] = static_cast<std::uint16_t>(at + lane);
-                }
-            }
-        };
         Between between[kGroup];
         const std::size_t whole = points.count / kLanes * kLanes;
         for (std::size_t begin = 0; begin < whole; begin += kGroup * kLanes) {
@@ -103,7 +107,7 @@ private:
                 const std::size_t at = begin + k * kLanes;
                 const SurfaceDisplacements u = {kHorizontal ? out.ux + at : nullptr,
                                                 kHorizontal ? out.uy + at : nullptr, out.uz + at};
-                note(second(between[k], u), at, kLanes);
+                singularCount += Note(second(between[k], u), at, kLanes, singular + singularCount);
             }
         }
         const std::size_t at = whole;
@@ -116,7 +120,7 @@ private:
                 in[2][lane] = points.depth[at + lane];
             }
             first({kLanes, in[0], in[1], in[2]}, between[0]);
-            note(second(between[0], {u[0], u[1], u[2]}), at, count);
+            singularCount += Note(second(between[0], {u[0], u[1], u[2]}), at, count, singular + singularCount);
             for (std::size_t lane = 0; lane < count; ++lane) {
                 out.uz[at + lane] = u[2][lane];
                 if constexpr (kHorizontal) {
@@ -333,7 +337,7 @@ private:
     /// The second half of a step. True in the lanes that it could do.
     template <bool kHorizontal, bool kVertical>
     static Mask Finish(const FiniteKernelSource& s, const CornerSums& f, const SurfaceDisplacements& u) noexcept {
-        Transcendentals t;
+        Transcendentals t = {};
         if constexpr (kVertical) {
             t.theta = Unwound(Math::Arguments(f.theta, f.theta).first, f);
         } else {

@@ -1,4 +1,5 @@
 // Vectors of floats, and of eight doubles, on AVX2. Included by the filter's kernel, within its unnamed namespace.
+// NOLINTBEGIN(misc-definitions-in-headers)
 
 using Floats = __m256;
 constexpr int kFloats = 8;
@@ -63,3 +64,4 @@ __m256 Picked(__m256 low, __m256i index, __m256 high) {
     const __m256 isHigh = _mm256_castsi256_ps(_mm256_slli_epi32(index, 28));  // 8 and more: the sign
     return _mm256_blendv_ps(_mm256_permutevar8x32_ps(low, index), _mm256_permutevar8x32_ps(high, index), isHigh);
 }
+// NOLINTEND(misc-definitions-in-headers)

@@ -1,4 +1,5 @@
 // Vectors of floats, and of eight doubles, on AVX-512. Included by the filter's kernel, within its unnamed namespace.
+// NOLINTBEGIN(misc-definitions-in-headers)
 
 using Floats = __m512;
 constexpr int kFloats = 16;
@@ -60,3 +61,4 @@ __m256 Rounded(Doubles values) {
 __m256 Picked(__m256 low, __m256i index, __m256 high) {
     return _mm256_permutex2var_ps(low, index, high);
 }
+// NOLINTEND(misc-definitions-in-headers)

@@ -1,4 +1,5 @@
 // The filter's kernel by radius. Included by the kernel of the filter, within its unnamed namespace.
+// NOLINTBEGIN(misc-definitions-in-headers)
 
 #ifdef __AVX2__
 
@@ -57,3 +58,4 @@ void FillKernel(float depth, float step, float* kernel) {
 }
 
 #endif
+// NOLINTEND(misc-definitions-in-headers)

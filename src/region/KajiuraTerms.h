@@ -1,4 +1,5 @@
 // The products of one point's sum, for any machine. Included by the filter's kernel, within its unnamed namespace.
+// NOLINTBEGIN(misc-definitions-in-headers)
 
 /// The corner values of one grid column at the lattice's rows: of the cell's near and of its far row.
 struct ColumnValues {
@@ -141,3 +142,4 @@ void Sum(const float (&products)[kLatticeBlock][kLatticeSamples + kChunk], const
         }
     }
 }
+// NOLINTEND(misc-definitions-in-headers)

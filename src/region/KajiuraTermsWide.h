@@ -2,9 +2,25 @@
 //
 // Eight positions of a lattice column are one part. Their cells lie close to each other: two loads of a grid column and
 // a permutation bring the eight values, unless the lattice is wider than the grid by a factor of two.
+// NOLINTBEGIN(misc-definitions-in-headers)
 
 constexpr int kLanes = 8;
 constexpr int kParts = kPadded / kLanes;
+
+/// First position of a part.
+constexpr std::ptrdiff_t Begin(int part) {
+    return std::ptrdiff_t{part} * kLanes;
+}
+
+// The loads of integers take pointers to whole vectors, aligned or not.
+// NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast)
+__m256i LoadIntegers(const int* from) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+}
+__m256i LoadIntegers(const std::int16_t* from) {
+    return _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
+}
+// NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
 
 /// The kernel by |i| and j + 20, from its values by radius.
 using KernelColumns = float[kLatticeHalfWidth + 1][kPadded];
@@ -12,8 +28,7 @@ using KernelColumns = float[kLatticeHalfWidth + 1][kPadded];
 void SpreadKernel(const float* kernel, KernelColumns& columns) {
     for (int i = 0; i <= kLatticeHalfWidth; ++i) {
         for (int at = 0; at < kPadded; at += kLanes) {
-            const __m256i index =
-                _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(kColumnRadii.index[i] + at)));
+            const __m256i index = LoadIntegers(kColumnRadii.index[i] + at);
             _mm256_storeu_ps(columns[i] + at, _mm256_i32gather_ps(kernel, index, sizeof(float)));
         }
     }
@@ -45,7 +60,7 @@ PartPlace PlaceOf(const LatticeAxis& rows, int part, int ny) {
     }
     place.isEmpty = last < 0;
     place.isNarrow = last + 1 - place.first < 2 * kLanes;
-    const __m256i cells = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(rows.cell + part * kLanes));
+    const __m256i cells = LoadIntegers(rows.cell + Begin(part));
     place.isInside = _mm256_cmpgt_epi32(cells, _mm256_set1_epi32(-1));
     place.cell = _mm256_and_si256(place.isInside, _mm256_sub_epi32(cells, _mm256_set1_epi32(place.first)));
     place.low = FirstLanes(ny - place.first);
@@ -61,12 +76,12 @@ struct ColumnValues {
 };
 
 /// One grid under the lattice of one point.
-struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
-    LatticeAxis columns, rows;
-    PartPlace places[kParts];
-    bool isPlain;            ///< every part has its 16 values whole
+struct LatticeView {         // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
     ColumnValues values[2];  ///< of the columns of the current cell
+    PartPlace places[kParts];
+    LatticeAxis columns, rows;
     int nearSlot;
+    bool isPlain;  ///< every part has its 16 values whole
 
     void Open(const LatticeGrid& grid, const LatticePoint& point, float step) {
         FillAxis(point.x, step, grid.orgX, grid.dx, grid.nx, columns);
@@ -148,27 +163,27 @@ struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() 
 
 /// What interpolation in one lattice column of one grid needs.
 struct ColumnWeights {
-    const LatticeView& view;
-    const ColumnValues &near, &far;
     Doubles nearT, wideT;
     __m256 t;
+    const LatticeView& view;
+    const ColumnValues &near, &far;
 
     ColumnWeights(const LatticeView& from, int i)
-        : view(from),
-          near(from.values[from.nearSlot]),
-          far(from.values[1 - from.nearSlot]),
-          nearT(AllOf(from.columns.nearWeight[i])),
+        : nearT(AllOf(from.columns.nearWeight[i])),
           wideT(AllOf(from.columns.wideWeight[i])),
-          t(_mm256_set1_ps(from.columns.weight[i])) {}
+          t(_mm256_set1_ps(from.columns.weight[i])),
+          view(from),
+          near(from.values[from.nearSlot]),
+          far(from.values[1 - from.nearSlot]) {}
 
     /// Bilinear uplift. Three products in double and one in single precision on purpose: the roundings are fixed.
     [[nodiscard]] __m256 Uplift(int part) const {
-        const Doubles nearU = LoadDoubles(view.rows.nearWeight + part * kLanes);
-        const Doubles wideU = LoadDoubles(view.rows.wideWeight + part * kLanes);
+        const Doubles nearU = LoadDoubles(view.rows.nearWeight + Begin(part));
+        const Doubles wideU = LoadDoubles(view.rows.wideWeight + Begin(part));
         const Doubles nearNear = Times(Times(nearT, nearU), near.nearRow[part]);
         const Doubles farNear = Times(Times(wideT, nearU), far.nearRow[part]);
         const Doubles nearFar = Times(Times(nearT, wideU), near.farRow[part]);
-        const __m256 tu = _mm256_mul_ps(t, _mm256_loadu_ps(view.rows.weight + part * kLanes));
+        const __m256 tu = _mm256_mul_ps(t, _mm256_loadu_ps(view.rows.weight + Begin(part)));
         const Doubles farFar = Widened(_mm256_mul_ps(tu, far.farRowSingle[part]));
         return Rounded(Plus(Plus(Plus(nearNear, farNear), nearFar), farFar));
     }
@@ -191,13 +206,13 @@ void StoreColumn(const float* kernelColumn, int reach, float* products, Uplift u
         if (part < first || part > last) {
             continue;
         }
-        const __m256 product = _mm256_mul_ps(uplift(part), _mm256_loadu_ps(kernelColumn + part * kLanes));
+        const __m256 product = _mm256_mul_ps(uplift(part), _mm256_loadu_ps(kernelColumn + Begin(part)));
         // What lies behind the disc is overwritten by the next column.
         if (part == first) {
             const __m256i before = FirstLanes(begin - part * kLanes);
-            _mm256_maskstore_ps(column + part * kLanes, _mm256_xor_si256(before, _mm256_set1_epi32(-1)), product);
+            _mm256_maskstore_ps(column + Begin(part), _mm256_xor_si256(before, _mm256_set1_epi32(-1)), product);
         } else {
-            _mm256_storeu_ps(column + part * kLanes, product);
+            _mm256_storeu_ps(column + Begin(part), product);
         }
     }
 }
@@ -210,9 +225,9 @@ void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const Latti
     FillKernel(point.depth, step, kernel);
     KernelColumns kernelColumns;
     SpreadKernel(kernel, kernelColumns);
-    LatticeView ownView;
+    LatticeView ownView;  // NOLINT(cppcoreguidelines-pro-type-member-init): opened at once
     ownView.Open(own, point, step);
-    LatticeView parentView;
+    LatticeView parentView;  // NOLINT(cppcoreguidelines-pro-type-member-init): opened where it is used
     const bool hasParent = parent.values != nullptr;
     if (hasParent) {
         parentView.Open(parent, point, step);
@@ -285,3 +300,4 @@ void Sum(const float (&products)[kLatticeBlock][kLatticeSamples + kChunk], const
     }
     _mm256_storeu_ps(sums, sum);
 }
+// NOLINTEND(misc-definitions-in-headers)
