@@ -248,7 +248,7 @@ void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const Latti
             if (hasBelow) {
                 parentView.MoveTo(parent, i);
             }
-            const ColumnWeights parentWeights(parentView, i);
+            const ColumnWeights parentWeights(hasBelow ? parentView : ownView, i);
             StoreColumn(kernelColumns[distance], reach, products, [&](int part) {
                 const __m256 none = _mm256_setzero_ps();
                 const __m256 below = hasBelow ? parentWeights.Uplift(part, none) : none;
