@@ -66,6 +66,11 @@ void FillAxis(float centre, float step, double org, float dx, int count, Lattice
     }
 }
 
+/// |i| of lattice column `at`.
+constexpr int DistanceFromCentre(int at) {
+    return at < kLatticeHalfWidth ? kLatticeHalfWidth - at : at - kLatticeHalfWidth;
+}
+
 #ifdef __AVX512F__
 #include "region/KajiuraLanesAvx512.h"
 #elif defined(__AVX2__)

@@ -115,7 +115,7 @@ void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const Latti
         parentView.Open(parent, point, step);
     }
     for (int i = 0; i < kLatticeWidth; ++i) {
-        const int distance = i < kLatticeHalfWidth ? kLatticeHalfWidth - i : i - kLatticeHalfWidth;
+        const int distance = DistanceFromCentre(i);
         const int reach = kLattice.reach[distance];
         float uplift[kPadded + kChunk] = {};
         if (parent.values != nullptr) {

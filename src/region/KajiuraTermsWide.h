@@ -234,7 +234,7 @@ void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const Latti
     }
     const bool isInsideOwn = ownView.rows.cell[0] >= 0 && ownView.rows.cell[kLatticeWidth - 1] >= 0;
     for (int i = 0; i < kLatticeWidth; ++i) {
-        const int distance = i < kLatticeHalfWidth ? kLatticeHalfWidth - i : i - kLatticeHalfWidth;
+        const int distance = DistanceFromCentre(i);
         const int reach = kLattice.reach[distance];
         const bool hasOwn = ownView.columns.cell[i] >= 0;
         const bool hasBelow = hasParent && parentView.columns.cell[i] >= 0;
