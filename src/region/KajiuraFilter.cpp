@@ -118,6 +118,9 @@ public:
     }
 
     void Flush() {
+        if (m_count == 0) {
+            return;
+        }
         float filtered[kLatticeBlock];
         m_kernel(m_own, m_parent, m_points, m_count, filtered);
         for (int p = 0; p < m_count; ++p) {

@@ -28,15 +28,14 @@ constexpr double kPi = 3.141592653589793;
 constexpr int kChunk = 16;
 constexpr int kPadded = (kLatticeWidth / kChunk + 1) * kChunk;
 
-/// Bilinear weights and cells of the 41 lattice positions along one axis, in one grid. The positions from `first` to
-/// `last` lie in a cell that has both its corners inside the grid.
+constexpr int kSideBySide = 16;  ///< points whose sums are taken together
+
+/// Bilinear weights and cells of the 41 lattice positions along one axis, in one grid.
 struct LatticeAxis {
-    int first, last;
-    int isInside[kPadded];       ///< 1 from first to last
-    int cell[kPadded];           ///< -1 outside
-    float weight[kPadded];       ///< of the far corner
-    double wideWeight[kPadded];  ///< the same
-    double nearWeight[kPadded];  ///< 1 - weight, in double
+    alignas(64) int cell[kPadded];           ///< -1 where the grid has no cell with both its corners
+    alignas(64) float weight[kPadded];       ///< of the far corner
+    alignas(64) double wideWeight[kPadded];  ///< the same
+    alignas(64) double nearWeight[kPadded];  ///< 1 - weight, in double
 };
 
 /// True division on purpose: a reciprocal would move nodes across cell borders.
@@ -50,19 +49,10 @@ void FillAxis(float centre, float step, double org, float dx, int count, Lattice
         const int isInside = static_cast<int>(cell >= 0.0) & static_cast<int>(cell + 1.0 < limit);
         const double index = isInside != 0 ? cell : -1.0;
         const float corner = static_cast<float>(org + static_cast<double>(static_cast<float>(index) * dx));
-        axis.isInside[at] = isInside;
         axis.cell[at] = static_cast<int>(index);
         axis.weight[at] = (p - corner) / dx;
         axis.wideWeight[at] = static_cast<double>(axis.weight[at]);
         axis.nearWeight[at] = 1.0 - axis.wideWeight[at];
-    }
-    axis.first = 0;
-    axis.last = kLatticeWidth - 1;
-    while (axis.first <= axis.last && axis.cell[axis.first] < 0) {
-        ++axis.first;
-    }
-    while (axis.last > axis.first && axis.cell[axis.last] < 0) {
-        --axis.last;
     }
 }
 
@@ -87,16 +77,20 @@ constexpr int DistanceFromCentre(int at) {
 
 void TIDORA_FILTER_POINTS(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count,
                           float* filtered) {
-    static thread_local float products[kLatticeBlock][kLatticeSamples + kChunk];
-    float steps[kLatticeBlock] = {};
-    for (int p = 0; p < count; ++p) {
-        FillProducts(own, parent, points[p], products[p]);
-        steps[p] = 0.25F * points[p].depth;
-    }
-    float sums[kLatticeBlock] = {};
-    Sum(products, steps, sums);
-    for (int p = 0; p < count; ++p) {
-        filtered[p] = static_cast<float>(static_cast<double>(sums[p] * points[p].depth) / kPi);
+    static thread_local float products[kSideBySide][kLatticeSamples + kChunk];
+    ProductsInTurn turns(own, parent, points, count);
+    for (int first = 0; first < count; first += kSideBySide) {
+        const int number = count - first < kSideBySide ? count - first : kSideBySide;
+        float steps[kSideBySide] = {};
+        for (int p = 0; p < number; ++p) {
+            turns.Fill(products[p]);
+            steps[p] = 0.25F * points[first + p].depth;
+        }
+        float sums[kSideBySide] = {};
+        Sum(products, steps, sums);
+        for (int p = 0; p < number; ++p) {
+            filtered[first + p] = static_cast<float>(static_cast<double>(sums[p] * points[first + p].depth) / kPi);
+        }
     }
 }
 

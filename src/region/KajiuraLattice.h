@@ -10,7 +10,7 @@ inline constexpr int kLatticeRadiusSquared = 400;  ///< squared radius of the di
 inline constexpr int kLatticeWidth = 2 * kLatticeHalfWidth + 1;
 inline constexpr int kLatticeSamples = 1257;  ///< lattice points within the disc
 inline constexpr int kKernelTerms = 11;       ///< of the series
-inline constexpr int kLatticeBlock = 8;       ///< points that are summed side by side
+inline constexpr int kLatticeBlock = 128;     ///< points that are handed over together
 
 /// What the lattices of all points have in common.
 struct Lattice {
@@ -21,6 +21,11 @@ struct Lattice {
     std::int16_t radiusIndex[kLatticeHalfWidth + 1][kLatticeHalfWidth + 1] = {};
     /// Largest |j| within the disc, by |i|.
     int reach[kLatticeHalfWidth + 1] = {};
+    struct Column {
+        int begin;  ///< first position within the disc
+        int start;  ///< where a position stands in the order of the sum, less the position
+    };
+    Column columns[kLatticeWidth] = {};  ///< positions and columns count from 0 at j = -20 and i = -20
 };
 
 [[nodiscard]] constexpr Lattice MakeLattice() noexcept {
@@ -47,28 +52,33 @@ struct Lattice {
             }
         }
     }
+    int samples = 0;
+    for (int i = 0; i < kLatticeWidth; ++i) {
+        const int reach = lattice.reach[i < kLatticeHalfWidth ? kLatticeHalfWidth - i : i - kLatticeHalfWidth];
+        lattice.columns[i] = {kLatticeHalfWidth - reach, samples - (kLatticeHalfWidth - reach)};
+        samples += 2 * reach + 1;
+    }
     return lattice;
 }
 
 inline constexpr Lattice kLattice = MakeLattice();
 
-/// The same index by |i| and j + 20; a few positions more, with any index, for whole vectors.
-struct ColumnRadii {
-    std::int16_t index[kLatticeHalfWidth + 1][48] = {};
+/// The same indices with a few more for whole vectors: any radius will do there.
+struct PaddedRadii {
+    std::int16_t index[kLatticeHalfWidth + 1][32] = {};
 };
 
-[[nodiscard]] constexpr ColumnRadii MakeColumnRadii() noexcept {
-    ColumnRadii radii;
+[[nodiscard]] constexpr PaddedRadii MakePaddedRadii() noexcept {
+    PaddedRadii radii;
     for (int i = 0; i <= kLatticeHalfWidth; ++i) {
-        for (int at = 0; at < kLatticeWidth; ++at) {
-            const int j = at < kLatticeHalfWidth ? kLatticeHalfWidth - at : at - kLatticeHalfWidth;
-            radii.index[i][at] = kLattice.radiusIndex[i][j];
+        for (int j = 0; j <= kLatticeHalfWidth; ++j) {
+            radii.index[i][j] = kLattice.radiusIndex[i][j];
         }
     }
     return radii;
 }
 
-inline constexpr ColumnRadii kColumnRadii = MakeColumnRadii();
+inline constexpr PaddedRadii kPaddedRadii = MakePaddedRadii();
 
 /// The grids that are sampled, as plain numbers: what the kernels of all instruction sets share.
 struct LatticeGrid {

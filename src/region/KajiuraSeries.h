@@ -3,42 +3,61 @@
 
 #ifdef __AVX2__
 
-/// The nearest number to 1 / b for b within the normal range (or its neighbour, where the digits of b are all ones): an
-/// estimate, and Newton's steps until the last one starts within a unit in the last place.
-Floats InverseOf(Floats b) {
-    Floats y = EstimatedInverse(b);
-    for (int step = 0; step < kInverseSteps; ++step) {
-        y = PlusProduct(y, MinusProduct(AllOf(1.0F), b, y), y);
-    }
-    return y;
-}
-
-/// a / b, rounded as a division is, for the later terms of the series and b within the normal range, in half the time
-/// of one: a quotient within a unit in the last place, plus its exact remainder times the nearest inverse (Markstein
-/// 1990, IBM J. Res. Dev. 34, 111-119). True of all digits that b can have, but for a = 1 and digits that are all ones.
-Floats Quotient(Floats a, Floats b) {
-    const Floats inverse = InverseOf(b);
-    const Floats quotient = Times(a, inverse);
-    return PlusProduct(quotient, MinusProduct(a, b, quotient), inverse);
-}
-
-/// kernel[k] = sum over n of c[n] / (x sqrt(x)), x = (c[n] d)^2 + s^2 q[k], m^-3; q: squared radii in steps s.
-void FillKernel(float depth, float step, float* kernel) {
-    // Within these depths, m, nothing comes near the ends of the range.
-    const bool isOrdinary = depth > 1.0F && depth < 1.0e6F;
-    const Floats step2 = AllOf(step * step);
-    for (int k = 0; k < kLattice.radiusCount; k += kFloats) {
-        const Floats radius2 = Times(step2, LoadFloats(kLattice.squaredRadii + k));
-        Floats sum = AllOf(0.0F);
-        for (const float c : kSeries) {
-            const Floats x = Plus(AllOf((c * depth) * (c * depth)), radius2);
-            const Floats below = Times(x, Root(x));
-            const bool isFirst = c == kSeries[0];
-            sum = Plus(sum, isOrdinary && !isFirst ? Quotient(AllOf(c), below) : Over(AllOf(c), below));
+/// The kernel by radius, values[k] = sum over n of c[n] / (x sqrt(x)), x = (c[n] d)^2 + s^2 q[k], m^-3; q: squared
+/// radii in steps s. It is made a slice at a time: the processor is long with roots and divisions, but its other units
+/// are free meanwhile for what stands between the slices.
+class KernelByRadius {
+public:
+    void Start(float depth, float step) {
+        for (int n = 0; n < kKernelTerms; ++n) {
+            m_squares[n] = (kSeries[n] * depth) * (kSeries[n] * depth);
         }
-        StoreFloats(kernel + k, sum);
+#pragma GCC unroll 20
+        for (int k = 0; k < kRadii; k += kFloats) {
+            StoreFloats(m_radius2 + k, Times(AllOf(step * step), LoadFloats(kLattice.squaredRadii + k)));
+            StoreFloats(m_values + k, AllOf(0.0F));
+        }
+        m_next = 0;
     }
-}
+    /// Makes the next slice, if there is one left.
+    void Advance() {
+        if (m_next == kSlices) {
+            return;
+        }
+        const unsigned n = m_next / kSlicesOfTerm;
+        const std::ptrdiff_t from = std::ptrdiff_t{m_next % kSlicesOfTerm} * kSliceWidth;
+        float* const values = m_values + from;
+        const float* const radius2 = m_radius2 + from;
+        const Floats first = AllOf(m_squares[n]);
+        const Floats c = AllOf(kSeries[n]);
+#pragma GCC unroll 10
+        for (int k = 0; k < kSliceWidth; k += kFloats) {
+            const Floats x = Plus(first, LoadFloats(radius2 + k));
+            StoreFloats(values + k, Plus(LoadFloats(values + k), Over(c, Times(x, Root(x)))));
+        }
+        ++m_next;
+    }
+    void Finish() {
+        while (m_next != kSlices) {
+            Advance();
+        }
+    }
+    [[nodiscard]] const float* Values() const {
+        return m_values;
+    }
+
+private:
+    static constexpr unsigned kSlicesOfTerm = 2;
+    static constexpr unsigned kSlices = kKernelTerms * kSlicesOfTerm;
+    static constexpr int kUnit = int{kSlicesOfTerm} * kFloats;
+    static constexpr int kRadii = (kLattice.radiusCount + kUnit - 1) / kUnit * kUnit;
+    static constexpr int kSliceWidth = kRadii / int{kSlicesOfTerm};
+
+    alignas(64) float m_values[kRadii];
+    alignas(64) float m_radius2[kRadii];  ///< s^2 q
+    float m_squares[kKernelTerms];        ///< (c[n] d)^2
+    unsigned m_next = kSlices;
+};
 
 #else
 

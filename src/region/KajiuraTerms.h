@@ -1,13 +1,29 @@
 // The products of one point's sum, for any machine. Included by the filter's kernel, within its unnamed namespace.
 // NOLINTBEGIN(misc-definitions-in-headers)
 
+/// The positions from `first` to `last` lie in cells of the grid.
+struct LatticeRows : LatticeAxis {
+    int first, last;
+
+    void FindEnds() {
+        first = 0;
+        last = kLatticeWidth - 1;
+        while (first <= last && cell[first] < 0) {
+            ++first;
+        }
+        while (last > first && cell[last] < 0) {
+            --last;
+        }
+    }
+};
+
 /// The corner values of one grid column at the lattice's rows: of the cell's near and of its far row.
 struct ColumnValues {
     int column = -1;
     float nearRow[kPadded] = {}, farRow[kPadded] = {};
 };
 
-void FillColumn(const LatticeGrid& grid, const LatticeAxis& rows, int column, ColumnValues& values) {
+void FillColumn(const LatticeGrid& grid, const LatticeRows& rows, int column, ColumnValues& values) {
     const float* const from = grid.values + static_cast<std::ptrdiff_t>(column) * grid.ny;
     for (int at = rows.first; at <= rows.last; ++at) {
         values.nearRow[at] = from[rows.cell[at]];
@@ -21,7 +37,7 @@ struct CellColumns {
     ColumnValues columns[2];
     int nearSlot = 0;
 
-    void MoveTo(const LatticeGrid& grid, const LatticeAxis& rows, int column) {
+    void MoveTo(const LatticeGrid& grid, const LatticeRows& rows, int column) {
         if (Near().column == column) {
             return;
         }
@@ -53,18 +69,20 @@ void InterpolateColumn(const LatticeAxis& columns, int i, const LatticeAxis& row
                                 wideT * rows.nearWeight[j] * static_cast<double>(far.nearRow[j]) +
                                 nearT * rows.wideWeight[j] * static_cast<double>(near.farRow[j]);
         const float value = static_cast<float>(products + static_cast<double>(t * rows.weight[j] * far.farRow[j]));
-        uplift[j] = rows.isInside[j] != 0 ? value : uplift[j];
+        uplift[j] = rows.cell[j] >= 0 ? value : uplift[j];
     }
 }
 
 /// One grid under the lattice of one point.
 struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills the axes
-    LatticeAxis columns, rows;
+    LatticeAxis columns;
+    LatticeRows rows;
     CellColumns cells;
 
     void Open(const LatticeGrid& grid, const LatticePoint& point, float step) {
         FillAxis(point.x, step, grid.orgX, grid.dx, grid.nx, columns);
         FillAxis(point.y, step, grid.orgY, grid.dx, grid.ny, rows);
+        rows.FindEnds();
         cells.columns[0].column = -1;
         cells.columns[1].column = -1;
     }
@@ -134,10 +152,23 @@ void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const Latti
     }
 }
 
-/// sum = sum + (product s) s over the samples in their order, for several points side by side.
-void Sum(const float (&products)[kLatticeBlock][kLatticeSamples + kChunk], const float* steps, float* sums) {
+/// The products of one point after the other.
+class ProductsInTurn {
+public:
+    ProductsInTurn(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int /*count*/)
+        : m_own(own), m_parent(parent), m_next(points) {}
+
+    void Fill(float* products) { FillProducts(m_own, m_parent, *m_next++, products); }
+
+private:
+    const LatticeGrid &m_own, &m_parent;
+    const LatticePoint* m_next;
+};
+
+/// sum = sum + (product s) s over the samples in their order, for kSideBySide points.
+void Sum(const float (&products)[kSideBySide][kLatticeSamples + kChunk], const float* steps, float* sums) {
     for (int sample = 0; sample < kLatticeSamples; ++sample) {
-        for (int p = 0; p < kLatticeBlock; ++p) {
+        for (int p = 0; p < kSideBySide; ++p) {
             sums[p] += products[p][sample] * steps[p] * steps[p];
         }
     }

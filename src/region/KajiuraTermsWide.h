@@ -1,303 +1,421 @@
 // The products of one point's sum, for AVX2 and AVX-512. Included by the filter's kernel, within its unnamed namespace.
-//
-// Eight positions of a lattice column are one part. Their cells lie close to each other: two loads of a grid column and
-// a permutation bring the eight values, unless the lattice is wider than the grid by a factor of two.
 // NOLINTBEGIN(misc-definitions-in-headers)
 
+/// Eight positions of a lattice column are one part: so many are interpolated at a time. The last position of a column
+/// is left to ProductOf().
 constexpr int kLanes = 8;
-constexpr int kParts = kPadded / kLanes;
+constexpr int kParts = (kLatticeWidth - 1) / kLanes;
 
-/// First position of a part.
-constexpr std::ptrdiff_t Begin(int part) {
-    return std::ptrdiff_t{part} * kLanes;
-}
+/// So many loads of kFloats values bring what a column needs of a grid column.
+constexpr int kFetches = (kParts * kLanes + kFloats - 1) / kFloats;
+constexpr int kFetched = kFetches * kFloats;
 
-// The loads of integers take pointers to whole vectors, aligned or not.
-// NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast)
-__m256i LoadIntegers(const int* from) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
-}
-__m256i LoadIntegers(const std::int16_t* from) {
-    return _mm256_cvtepi16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(from)));
-}
-// NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
-
-/// The kernel by |i| and j + 20, from its values by radius.
-using KernelColumns = float[kLatticeHalfWidth + 1][kPadded];
-
-void SpreadKernel(const float* kernel, KernelColumns& columns) {
-    for (int i = 0; i <= kLatticeHalfWidth; ++i) {
-        for (int at = 0; at < kPadded; at += kLanes) {
-            const __m256i index = LoadIntegers(kColumnRadii.index[i] + at);
-            _mm256_storeu_ps(columns[i] + at, _mm256_i32gather_ps(kernel, index, sizeof(float)));
+/// The kernel by |i| and lattice position j + 20, from its values by radius.
+class KernelColumns {
+public:
+    void Spread(const float* kernel, int distance) {
+        constexpr int kMirrors = (kLatticeHalfWidth + kFloats) / kFloats;
+        float* const centre = m_values + kFront + std::ptrdiff_t{distance} * kStride + kLatticeHalfWidth;
+#pragma GCC unroll 3
+        for (int mirror = 0; mirror < kMirrors; ++mirror) {
+            const int j = mirror * kFloats;
+            const Floats values = GatheredFloats(kernel, LoadIntegers(kPaddedRadii.index[distance] + j));
+            StoreFloats(centre + j, values);
+            StoreFloats(centre - j - (kFloats - 1), Reversed(values));
         }
     }
-}
+    /// From position 0 on, for |i| = distance.
+    [[nodiscard]] const float* Of(int distance) const {
+        return m_values + kFront + std::ptrdiff_t{distance} * kStride;
+    }
 
-/// Where the values of eight lattice positions lie in a grid column.
-struct PartPlace {
-    int first;          ///< the least cell
-    bool isEmpty;       ///< none of them has a cell
-    bool isNarrow;      ///< all cells and their far corners lie within 16 values from there
-    __m256i isInside;   ///< all bits of the positions with a cell
-    __m256i cell;       ///< from `first`
-    __m256i low, high;  ///< all bits of those of the 16 values that the column has
+private:
+    // What is stored before and behind a column's positions is not used: it may reach into the next column's room.
+    static constexpr int kFront = 16, kStride = 64;
+    alignas(64) float m_values[kFront + (kLatticeHalfWidth + 1) * kStride] = {};
 };
 
-/// All bits of the first `count` lanes.
-__m256i FirstLanes(int count) {
-    return _mm256_cmpgt_epi32(_mm256_set1_epi32(count), _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7));
-}
-
-PartPlace PlaceOf(const LatticeAxis& rows, int part, int ny) {
-    PartPlace place = {};
-    int last = -1;
-    place.first = ny;
-    for (int lane = 0; lane < kLanes; ++lane) {
-        const int cell = rows.cell[part * kLanes + lane];
-        place.first = cell >= 0 && cell < place.first ? cell : place.first;
-        last = cell > last ? cell : last;
+/// All bits behind the last part.
+struct NoPosition {
+    int lanes[kFetched] = {};
+};
+constexpr NoPosition MakeNoPosition() {
+    NoPosition behind;
+    for (int at = kParts * kLanes; at < kFetched; ++at) {
+        behind.lanes[at] = -1;
     }
-    place.isEmpty = last < 0;
-    place.isNarrow = last + 1 - place.first < 2 * kLanes;
-    const __m256i cells = LoadIntegers(rows.cell + Begin(part));
-    place.isInside = _mm256_cmpgt_epi32(cells, _mm256_set1_epi32(-1));
-    place.cell = _mm256_and_si256(place.isInside, _mm256_sub_epi32(cells, _mm256_set1_epi32(place.first)));
-    place.low = FirstLanes(ny - place.first);
-    place.high = FirstLanes(ny - place.first - kLanes);
-    return place;
+    return behind;
 }
+constexpr NoPosition kNoPosition = MakeNoPosition();
+
+/// Where the values at the lattice's rows lie in a grid column. The cells of kFloats consecutive positions lie close to
+/// each other: two loads and a permutation bring their values, unless the lattice is about twice as wide as the grid.
+struct RowPlaces {
+    int first[kFetches];             ///< the least cell
+    alignas(64) int near[kFetched];  ///< cell, from there; 0 without one
+    alignas(64) int far[kFetched];   ///< its far corner
+    bool hasCells;                   ///< any row has
+    int lastPlain;                   ///< the last grid column that has 2 kFloats values from there, with all of them
+
+    void Fill(const LatticeAxis& rows, int nx, int ny) {
+        int furthest = 0;
+        int widest = 0;
+        hasCells = false;
+#pragma GCC unroll 5
+        for (int fetch = 0; fetch < kFetches; ++fetch) {
+            const int begin = fetch * kFloats;
+            const Integers cells = Or(LoadIntegers(rows.cell + begin), LoadIntegers(kNoPosition.lanes + begin));
+            const int least = LeastOf(cells);
+            hasCells = hasCells || least >= 0;
+            first[fetch] = least >= 0 ? least : 0;
+            const Integers offsets = NotNegative(Minus(cells, first[fetch]));
+            StoreIntegers(near + begin, offsets);
+            StoreIntegers(far + begin, Minus(offsets, -1));
+            const int most = GreatestOf(offsets);
+            widest = most > widest ? most : widest;
+            furthest = first[fetch] > furthest ? first[fetch] : furthest;
+        }
+        // Values behind a column's end are not picked, but they are read: not behind the end of the grid.
+        const std::ptrdiff_t spare = static_cast<std::ptrdiff_t>(nx) * ny - furthest - 2 * kFloats;
+        lastPlain = widest + 1 < 2 * kFloats && spare >= 0 ? static_cast<int>(spare / ny) : -1;
+    }
+};
 
 /// The corner values of one grid column at the lattice's rows: of the cell's near and of its far row.
-struct ColumnValues {
-    int column;
-    Doubles nearRow[kParts], farRow[kParts];
-    __m256 farRowSingle[kParts];
+struct alignas(512) ColumnValues {  // the size is a power of two: the address of either takes one instruction
+    alignas(64) float nearRow[kFetched];
+    alignas(64) float farRow[kFetched];
+
+    void Fill(const float* from, const RowPlaces& places, bool isPlain) {
+#pragma GCC unroll 5
+        for (int fetch = 0; fetch < kFetches; ++fetch) {
+            const int begin = fetch * kFloats;
+            const float* const first = from + places.first[fetch];
+            const Integers near = LoadIntegers(places.near + begin);
+            const Integers far = LoadIntegers(places.far + begin);
+            if (isPlain) {
+                const Floats low = LoadFloats(first);
+                const Floats high = LoadFloats(first + kFloats);
+                StoreFloats(nearRow + begin, Picked(low, near, high));
+                StoreFloats(farRow + begin, Picked(low, far, high));
+            } else {
+                StoreFloats(nearRow + begin, GatheredFloats(first, near));
+                StoreFloats(farRow + begin, GatheredFloats(first, far));
+            }
+        }
+    }
+};
+
+/// The grid columns on both sides of the current cell.
+class CellColumns {
+public:
+    /// Consecutive lattice columns mostly share grid columns, or follow one another's.
+    [[gnu::always_inline]] inline void MoveTo(int cell, const LatticeGrid& grid, const RowPlaces& places) {
+        if (cell == m_column) {
+            return;
+        }
+        const float* const from = grid.values + static_cast<std::ptrdiff_t>(cell) * grid.ny;
+        if (cell == m_column + 1) {
+            m_near ^= 1U;
+        } else {
+            m_values[m_near].Fill(from, places, cell <= places.lastPlain);
+        }
+        m_values[m_near ^ 1U].Fill(from + grid.ny, places, cell < places.lastPlain);
+        m_column = cell;
+    }
+    [[nodiscard]] const ColumnValues& Near() const { return m_values[m_near]; }
+    [[nodiscard]] const ColumnValues& Far() const { return m_values[m_near ^ 1U]; }
+
+private:
+    ColumnValues m_values[2];
+    std::size_t m_near = 0;
+    int m_column = -2;  ///< the near one; none yet
 };
 
 /// One grid under the lattice of one point.
-struct LatticeView {         // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
-    ColumnValues values[2];  ///< of the columns of the current cell
-    PartPlace places[kParts];
+struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
     LatticeAxis columns, rows;
-    int nearSlot;
-    bool isPlain;  ///< every part has its 16 values whole
+    RowPlaces places;
 
     void Open(const LatticeGrid& grid, const LatticePoint& point, float step) {
         FillAxis(point.x, step, grid.orgX, grid.dx, grid.nx, columns);
         FillAxis(point.y, step, grid.orgY, grid.dx, grid.ny, rows);
-        isPlain = true;
-        for (int part = 0; part < kParts; ++part) {
-            places[part] = PlaceOf(rows, part, grid.ny);
-            isPlain = isPlain && places[part].isNarrow && places[part].first + 2 * kLanes <= grid.ny;
-        }
-        values[0].column = -1;
-        values[1].column = -1;
-        nearSlot = 0;
+        places.Fill(rows, grid.nx, grid.ny);
     }
 
-    void FillPart(const float* from, int part, ColumnValues& to) const {
-        const PartPlace& place = places[part];
-        if (place.isEmpty) {
-            return;
-        }
-        const float* const first = from + place.first;
-        if (place.isNarrow) {
-            StorePicked(_mm256_maskload_ps(first, place.low), _mm256_maskload_ps(first + kLanes, place.high), part, to);
-        } else {
-            const __m256i next = _mm256_add_epi32(place.cell, _mm256_set1_epi32(1));
-            Store(_mm256_i32gather_ps(first, place.cell, sizeof(float)),
-                  _mm256_i32gather_ps(first, next, sizeof(float)), part, to);
-        }
-    }
-    void FillPlainPart(const float* from, int part, ColumnValues& to) const {
-        const PartPlace& place = places[part];
-        const __m256 low = _mm256_loadu_ps(from + place.first);
-        const __m256 high = _mm256_loadu_ps(from + place.first + kLanes);
-        StorePicked(low, high, part, to);
-    }
-    void StorePicked(__m256 low, __m256 high, int part, ColumnValues& to) const {
-        const __m256i next = _mm256_add_epi32(places[part].cell, _mm256_set1_epi32(1));
-        Store(Picked(low, places[part].cell, high), Picked(low, next, high), part, to);
-    }
-    static void Store(__m256 near, __m256 far, int part, ColumnValues& to) {
-        to.nearRow[part] = Widened(near);
-        to.farRow[part] = Widened(far);
-        to.farRowSingle[part] = far;
-    }
+    [[nodiscard]] bool HasCell(int i, int j) const { return columns.cell[i] >= 0 && rows.cell[j] >= 0; }
 
-    /// All parts but the last one, which the disc reaches in its middle column alone.
-    void FillColumn(const LatticeGrid& grid, int column, ColumnValues& to) const {
-        const float* const from = grid.values + static_cast<std::ptrdiff_t>(column) * grid.ny;
-        to.column = column;
-        if (!isPlain) {
-            for (int part = 0; part < kParts - 1; ++part) {
-                FillPart(from, part, to);
-            }
-            return;
-        }
-#pragma GCC unroll 5
-        for (int part = 0; part < kParts - 1; ++part) {
-            FillPlainPart(from, part, to);
-        }
-    }
-
-    /// Consecutive lattice columns mostly share grid columns, or follow one another's.
-    void MoveTo(const LatticeGrid& grid, int i) {
-        const int column = columns.cell[i];
-        if (values[nearSlot].column != column) {
-            if (values[1 - nearSlot].column == column) {
-                nearSlot = 1 - nearSlot;
-            } else {
-                FillColumn(grid, column, values[nearSlot]);
-            }
-            FillColumn(grid, column + 1, values[1 - nearSlot]);
-        }
-        if (i == kLatticeHalfWidth) {
-            const float* const from = grid.values + static_cast<std::ptrdiff_t>(column) * grid.ny;
-            FillPart(from, kParts - 1, values[nearSlot]);
-            FillPart(from + grid.ny, kParts - 1, values[1 - nearSlot]);
-        }
+    /// Bilinear uplift at one position with a cell.
+    [[nodiscard]] float Uplift(const LatticeGrid& grid, int i, int j) const {
+        const float* const near = grid.values + static_cast<std::ptrdiff_t>(columns.cell[i]) * grid.ny + rows.cell[j];
+        const float* const far = near + grid.ny;
+        const double products = columns.nearWeight[i] * rows.nearWeight[j] * static_cast<double>(near[0]) +
+                                columns.wideWeight[i] * rows.nearWeight[j] * static_cast<double>(far[0]) +
+                                columns.nearWeight[i] * rows.wideWeight[j] * static_cast<double>(near[1]);
+        return static_cast<float>(products + static_cast<double>(columns.weight[i] * rows.weight[j] * far[1]));
     }
 };
 
-/// What interpolation in one lattice column of one grid needs.
-struct ColumnWeights {
-    Doubles nearT, wideT;
-    __m256 t;
-    const LatticeView& view;
-    const ColumnValues &near, &far;
-
-    ColumnWeights(const LatticeView& from, int i)
-        : nearT(AllOf(from.columns.nearWeight[i])),
-          wideT(AllOf(from.columns.wideWeight[i])),
-          t(_mm256_set1_ps(from.columns.weight[i])),
-          view(from),
-          near(from.values[from.nearSlot]),
-          far(from.values[1 - from.nearSlot]) {}
+/// Interpolation in one lattice column of one grid.
+class ColumnUplift {
+public:
+    ColumnUplift(const LatticeView& from, const CellColumns& cells, int i)
+        : m_nearT(AllOf(from.columns.nearWeight[i])),
+          m_wideT(AllOf(from.columns.wideWeight[i])),
+          m_view(from),
+          m_near(cells.Near()),
+          m_far(cells.Far()) {
+        const Floats t = AllOf(from.columns.weight[i]);
+#pragma GCC unroll 5
+        for (int at = 0; at < kFetched; at += kFloats) {
+            StoreFloats(m_farFar + at,
+                        Times(Times(t, LoadFloats(m_view.rows.weight + at)), LoadFloats(m_far.farRow + at)));
+        }
+    }
 
     /// Bilinear uplift. Three products in double and one in single precision on purpose: the roundings are fixed.
-    [[nodiscard]] __m256 Uplift(int part) const {
-        const Doubles nearU = LoadDoubles(view.rows.nearWeight + Begin(part));
-        const Doubles wideU = LoadDoubles(view.rows.wideWeight + Begin(part));
-        const Doubles nearNear = Times(Times(nearT, nearU), near.nearRow[part]);
-        const Doubles farNear = Times(Times(wideT, nearU), far.nearRow[part]);
-        const Doubles nearFar = Times(Times(nearT, wideU), near.farRow[part]);
-        const __m256 tu = _mm256_mul_ps(t, _mm256_loadu_ps(view.rows.weight + Begin(part)));
-        const Doubles farFar = Widened(_mm256_mul_ps(tu, far.farRowSingle[part]));
-        return Rounded(Plus(Plus(Plus(nearNear, farNear), nearFar), farFar));
+    [[nodiscard, gnu::always_inline]] inline __m256 Of(int part) const {
+        const std::ptrdiff_t at = std::ptrdiff_t{part} * kLanes;
+        const Doubles nearU = LoadDoubles(m_view.rows.nearWeight + at);
+        const Doubles wideU = LoadDoubles(m_view.rows.wideWeight + at);
+        const Doubles nearNear = Times(Times(m_nearT, nearU), LoadWidened(m_near.nearRow + at));
+        const Doubles farNear = Times(Times(m_wideT, nearU), LoadWidened(m_far.nearRow + at));
+        const Doubles nearFar = Times(Times(m_nearT, wideU), LoadWidened(m_near.farRow + at));
+        return Rounded(Plus(Plus(Plus(nearNear, farNear), nearFar), LoadWidened(m_farFar + at)));
     }
     /// The same where the grid has cells, `elsewhere` where not.
-    [[nodiscard]] __m256 Uplift(int part, __m256 elsewhere) const {
-        return _mm256_blendv_ps(elsewhere, Uplift(part), _mm256_castsi256_ps(view.places[part].isInside));
+    [[nodiscard]] __m256 Of(int part, __m256 elsewhere) const {
+        const int* const cells = m_view.rows.cell + std::ptrdiff_t{part} * kLanes;
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): a pointer to a whole vector, aligned or not
+        const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cells));
+        return _mm256_blendv_ps(Of(part), elsewhere, _mm256_castsi256_ps(lanes));  // by the sign
+    }
+
+private:
+    Doubles m_nearT, m_wideT;
+    const LatticeView& m_view;
+    const ColumnValues &m_near, &m_far;
+    alignas(64) float m_farFar[kFetched];
+};
+
+/// Calls uplift(part) for the parts from kFirst to before kEnd, and stores the products with the kernel from position
+/// `begin` on, which lies in the first part. What lies behind the disc is overwritten by the next column.
+/// kernelColumn, products: of position 0.
+template <int kFirst, int kEnd, typename Uplift>
+[[gnu::always_inline]] inline void StoreParts(const float* kernelColumn, int begin, float* products,
+                                              const Uplift& uplift) {
+#pragma GCC unroll 5
+    for (int part = kFirst; part < kEnd; ++part) {
+        const std::ptrdiff_t at = std::ptrdiff_t{part} * kLanes;
+        const __m256 product = _mm256_mul_ps(uplift(part), _mm256_loadu_ps(kernelColumn + at));
+        if (part == kFirst) {
+            StoreBehind(begin - kFirst * kLanes, products + at, product);
+        } else {
+            _mm256_storeu_ps(products + at, product);
+        }
+    }
+}
+
+/// The same for the parts of column i that the disc touches, but for its last position in the middle column.
+/// products: of the point.
+template <typename Uplift>
+[[gnu::always_inline]] inline void StoreColumn(const float* kernelColumn, int i, float* products,
+                                               const Uplift& uplift) {
+    const int begin = kLattice.columns[i].begin;
+    float* const column = products + kLattice.columns[i].start;
+    if (begin < kLanes) {
+        StoreParts<0, kParts>(kernelColumn, begin, column, uplift);
+    } else if (begin == kLanes) {
+        StoreParts<1, kParts>(kernelColumn, begin, column, uplift);
+    } else {
+        StoreParts<1, kParts - 1>(kernelColumn, begin, column, uplift);
+    }
+}
+
+/// What a point needs before its samples are taken.
+struct PreparedPoint {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
+    LatticeView own, parent;
+    KernelByRadius kernel;
+
+    void Open(const LatticeGrid& ownGrid, const LatticeGrid& parentGrid, const LatticePoint& point) {
+        const float step = 0.25F * point.depth;
+        kernel.Start(point.depth, step);
+        own.Open(ownGrid, point, step);
+        if (parentGrid.values != nullptr) {
+            parent.Open(parentGrid, point, step);
+        }
     }
 };
 
-/// Calls uplift(part) for the parts of lattice column i that the disc touches, and stores the products with the kernel
-/// at the disc's positions.
-template <typename Uplift>
-void StoreColumn(const float* kernelColumn, int reach, float* products, Uplift uplift) {
-    const int begin = kLatticeHalfWidth - reach;
-    const int first = begin / kLanes;
-    const int last = (kLatticeHalfWidth + reach) / kLanes;
-    float* const column = products - begin;  // of position 0
-#pragma GCC unroll 6
-    for (int part = 0; part < kParts; ++part) {
-        if (part < first || part > last) {
-            continue;
-        }
-        const __m256 product = _mm256_mul_ps(uplift(part), _mm256_loadu_ps(kernelColumn + Begin(part)));
-        // What lies behind the disc is overwritten by the next column.
-        if (part == first) {
-            const __m256i before = FirstLanes(begin - part * kLanes);
-            _mm256_maskstore_ps(column + Begin(part), _mm256_xor_si256(before, _mm256_set1_epi32(-1)), product);
-        } else {
-            _mm256_storeu_ps(column + Begin(part), product);
-        }
-    }
-}
+/// The products eta G of one point, in the order of the sum. Makes the kernel of the next one meanwhile.
+class PointProducts {
+public:
+    PointProducts(const LatticeGrid& own, const LatticeGrid& parent, const PreparedPoint& point,
+                  KernelByRadius& nextKernel, KernelColumns& kernelColumns, float* products)
+        : m_own(own),
+          m_parent(parent),
+          m_point(point),
+          m_kernel(point.kernel.Values()),
+          m_nextKernel(nextKernel),
+          m_kernelColumns(kernelColumns),
+          m_products(products) {}
 
-/// The products eta G of one point, in the order of the sum.
-void FillProducts(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint& point,
-                  float* __restrict products) {
-    const float step = 0.25F * point.depth;
-    float kernel[kLatticeRadiusSquared + 1];
-    FillKernel(point.depth, step, kernel);
-    KernelColumns kernelColumns;
-    SpreadKernel(kernel, kernelColumns);
-    LatticeView ownView;  // NOLINT(cppcoreguidelines-pro-type-member-init): opened at once
-    ownView.Open(own, point, step);
-    LatticeView parentView;  // NOLINT(cppcoreguidelines-pro-type-member-init): opened where it is used
-    const bool hasParent = parent.values != nullptr;
-    if (hasParent) {
-        parentView.Open(parent, point, step);
+    [[gnu::always_inline]] inline void Fill() {
+        const LatticeAxis& columns = m_point.own.columns;
+        const LatticeAxis& rows = m_point.own.rows;
+        if (columns.cell[0] >= 0 && columns.cell[kLast] >= 0 && rows.cell[0] >= 0 && rows.cell[kLast] >= 0) {
+            FillInside();
+        } else {
+            FillAcross();
+        }
+        FillOne(0, kLatticeHalfWidth);
+        FillOne(kLatticeHalfWidth, kLast);
+        FillOne(kLast, kLatticeHalfWidth);
+        m_nextKernel.Finish();
     }
-    const bool isInsideOwn = ownView.rows.cell[0] >= 0 && ownView.rows.cell[kLatticeWidth - 1] >= 0;
-    for (int i = 0; i < kLatticeWidth; ++i) {
+
+private:
+    static constexpr int kLast = kLatticeWidth - 1;
+
+    /// Column i of a lattice that lies within the grid.
+    [[gnu::always_inline]] inline void FillInside(int i, CellColumns& cells) {
+        const LatticeView& view = m_point.own;
         const int distance = DistanceFromCentre(i);
-        const int reach = kLattice.reach[distance];
-        const bool hasOwn = ownView.columns.cell[i] >= 0;
-        const bool hasBelow = hasParent && parentView.columns.cell[i] >= 0;
-        if (hasOwn) {
-            ownView.MoveTo(own, i);
+        { m_nextKernel.Advance(); }
+        cells.MoveTo(view.columns.cell[i], m_own, view.places);
+        const ColumnUplift uplift(view, cells, i);
+        StoreColumn(
+            m_kernelColumns.Of(distance), i,
+            m_products, [&](int part) __attribute__((always_inline)) { return uplift.Of(part); });
+    }
+    [[gnu::always_inline]] inline void FillInside() {
+        CellColumns cells;
+        m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - 1);
+        for (int i = 1; i < kLatticeHalfWidth; ++i) {
+            m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);
+            FillInside(i, cells);
         }
-        const ColumnWeights ownWeights(ownView, i);
-        if (hasOwn && isInsideOwn) {
-            StoreColumn(kernelColumns[distance], reach, products, [&](int part) { return ownWeights.Uplift(part); });
-        } else {
+        for (int i = kLatticeHalfWidth; i < kLast; ++i) {
+            FillInside(i, cells);
+        }
+    }
+
+    /// Columns of a lattice that lies across the border of the grid.
+    [[gnu::noinline]] void FillAcross() {
+        const bool hasParent = m_parent.values != nullptr;
+        CellColumns ownCells, parentCells;
+        for (int distance = 0; distance < kLatticeHalfWidth; ++distance) {
+            m_kernelColumns.Spread(m_kernel, distance);
+        }
+        for (int i = 1; i < kLast; ++i) {
+            { m_nextKernel.Advance(); }
+            const int distance = DistanceFromCentre(i);
+            const auto store = [&](const auto& uplift) {
+                StoreColumn(m_kernelColumns.Of(distance), i, m_products, uplift);
+            };
+            const __m256 none = _mm256_setzero_ps();
+            const bool hasOwn = m_point.own.columns.cell[i] >= 0 && m_point.own.places.hasCells;
+            if (hasOwn) {
+                ownCells.MoveTo(m_point.own.columns.cell[i], m_own, m_point.own.places);
+            }
+            const bool hasBelow = hasParent && m_point.parent.columns.cell[i] >= 0 && m_point.parent.places.hasCells;
             if (hasBelow) {
-                parentView.MoveTo(parent, i);
+                parentCells.MoveTo(m_point.parent.columns.cell[i], m_parent, m_point.parent.places);
             }
-            const ColumnWeights parentWeights(hasBelow ? parentView : ownView, i);
-            StoreColumn(kernelColumns[distance], reach, products, [&](int part) {
-                const __m256 none = _mm256_setzero_ps();
-                const __m256 below = hasBelow ? parentWeights.Uplift(part, none) : none;
-                return hasOwn ? ownWeights.Uplift(part, below) : below;
-            });
-        }
-        products += 2 * reach + 1;
-    }
-}
-
-/// Rows of an 8 by 8 square become its columns.
-void Transpose(__m256 (&square)[8]) {
-    __m256 pairs[8], quads[8];
-    for (int row = 0; row < 8; row += 2) {
-        pairs[row] = _mm256_unpacklo_ps(square[row], square[row + 1]);
-        pairs[row + 1] = _mm256_unpackhi_ps(square[row], square[row + 1]);
-    }
-    for (int half = 0; half < 8; half += 4) {
-        quads[half] = _mm256_shuffle_ps(pairs[half], pairs[half + 2], 0x44);
-        quads[half + 1] = _mm256_shuffle_ps(pairs[half], pairs[half + 2], 0xEE);
-        quads[half + 2] = _mm256_shuffle_ps(pairs[half + 1], pairs[half + 3], 0x44);
-        quads[half + 3] = _mm256_shuffle_ps(pairs[half + 1], pairs[half + 3], 0xEE);
-    }
-    for (int row = 0; row < 4; ++row) {
-        square[row] = _mm256_permute2f128_ps(quads[row], quads[row + 4], 0x20);
-        square[row + 4] = _mm256_permute2f128_ps(quads[row], quads[row + 4], 0x31);
-    }
-}
-
-/// sum = sum + (product s) s over the samples in their order, for eight points side by side.
-void Sum(const float (&products)[kLatticeBlock][kLatticeSamples + kChunk], const float* steps, float* sums) {
-    static_assert(kLatticeBlock == kLanes, "a point is a lane");
-    const __m256 step = _mm256_loadu_ps(steps);
-    __m256 sum = _mm256_setzero_ps();
-    for (int sample = 0; sample < kLatticeSamples; sample += kLanes) {
-        __m256 square[kLanes];
-#pragma GCC unroll 8
-        for (int point = 0; point < kLanes; ++point) {
-            square[point] = _mm256_loadu_ps(products[point] + sample);
-        }
-        Transpose(square);
-        const int count = kLatticeSamples - sample < kLanes ? kLatticeSamples - sample : kLanes;
-#pragma GCC unroll 8
-        for (int of = 0; of < kLanes; ++of) {
-            if (of < count) {
-                sum = _mm256_add_ps(sum, _mm256_mul_ps(_mm256_mul_ps(square[of], step), step));
+            if (hasOwn && hasBelow) {
+                const ColumnUplift uplift(m_point.own, ownCells, i), below(m_point.parent, parentCells, i);
+                store([&](int part) { return uplift.Of(part, below.Of(part, none)); });
+            } else if (hasOwn) {
+                const ColumnUplift uplift(m_point.own, ownCells, i);
+                store([&](int part) { return uplift.Of(part, none); });
+            } else if (hasBelow) {
+                const ColumnUplift below(m_point.parent, parentCells, i);
+                store([&](int part) { return below.Of(part, none); });
+            } else {
+                store([&](int /*part*/) { return none; });
             }
         }
     }
-    _mm256_storeu_ps(sums, sum);
+
+    /// One product at the rim of the disc.
+    void FillOne(int i, int j) {
+        float uplift = 0.0F;
+        if (m_point.own.HasCell(i, j)) {
+            uplift = m_point.own.Uplift(m_own, i, j);
+        } else if (m_parent.values != nullptr && m_point.parent.HasCell(i, j)) {
+            uplift = m_point.parent.Uplift(m_parent, i, j);
+        }
+        m_products[kLattice.columns[i].start + j] = uplift * m_kernel[kLattice.radiusIndex[kLatticeHalfWidth][0]];
+    }
+
+    const LatticeGrid& m_own;
+    const LatticeGrid& m_parent;
+    const PreparedPoint& m_point;
+    const float* m_kernel;
+    KernelByRadius& m_nextKernel;
+    KernelColumns& m_kernelColumns;
+    float* m_products;
+};
+
+/// The products of one point after the other. While those of one are filled, the next one is prepared.
+class ProductsInTurn {
+public:
+    ProductsInTurn(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count)
+        : m_own(own), m_parent(parent), m_points(points), m_count(count) {
+        m_prepared[0].Open(own, parent, points[0]);
+        m_prepared[0].kernel.Finish();
+    }
+
+    void Fill(float* products) {
+        PreparedPoint& current = m_prepared[m_at % 2];
+        ++m_at;
+        PreparedPoint& next = m_prepared[m_at % 2];
+        if (m_at < m_count) {
+            next.Open(m_own, m_parent, m_points[m_at]);
+        }
+        PointProducts(m_own, m_parent, current, next.kernel, m_kernelColumns, products).Fill();
+    }
+
+private:
+    const LatticeGrid &m_own, &m_parent;
+    const LatticePoint* m_points;
+    int m_count, m_at = 0;
+    PreparedPoint m_prepared[2];
+    KernelColumns m_kernelColumns;
+};
+
+/// sum = sum + (product s) s over the samples in their order, for kSideBySide points.
+void Sum(const float (&products)[kSideBySide][kLatticeSamples + kChunk], const float* steps, float* sums) {
+    constexpr int kGroups = kSideBySide / kFloats;
+    constexpr std::ptrdiff_t kStride = kLatticeSamples + kChunk;
+    Floats sum[kGroups], step[kGroups];
+    for (int group = 0; group < kGroups; ++group) {
+        sum[group] = AllOf(0.0F);
+        step[group] = LoadFloats(steps + group * kFloats);
+    }
+    for (int sample = 0; sample < kLatticeSamples; sample += 4) {
+        const int count = kLatticeSamples - sample < 4 ? kLatticeSamples - sample : 4;
+#pragma GCC unroll 2
+        for (int group = 0; group < kGroups; ++group) {
+            // Four samples of each point become four points of each sample.
+            const float* const from = products[group * kFloats] + sample;
+            const Floats a = LoadQuarters(from, 4 * kStride);
+            const Floats b = LoadQuarters(from + kStride, 4 * kStride);
+            const Floats c = LoadQuarters(from + 2 * kStride, 4 * kStride);
+            const Floats d = LoadQuarters(from + 3 * kStride, 4 * kStride);
+            const Floats ab = FirstPairs(a, b), cd = FirstPairs(c, d), ab2 = LastPairs(a, b), cd2 = LastPairs(c, d);
+            const Floats samples[4] = {FirstHalves(ab, cd), LastHalves(ab, cd), FirstHalves(ab2, cd2),
+                                       LastHalves(ab2, cd2)};
+#pragma GCC unroll 4
+            for (int of = 0; of < 4; ++of) {
+                if (of < count) {
+                    sum[group] = Plus(sum[group], Times(Times(samples[of], step[group]), step[group]));
+                }
+            }
+        }
+    }
+    for (int group = 0; group < kGroups; ++group) {
+        StoreFloats(sums + group * kFloats, sum[group]);
+    }
 }
 // NOLINTEND(misc-definitions-in-headers)

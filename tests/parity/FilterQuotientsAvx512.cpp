@@ -1,3 +1,0 @@
-#define TIDORA_WRONG_QUOTIENTS WrongQuotientsAvx512
-#define TIDORA_FILTER_POINTS_OF_TEST FilterPointsOfTestAvx512
-#include "parity/FilterQuotients.h"
