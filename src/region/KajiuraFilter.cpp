@@ -41,8 +41,10 @@ public:
         for (int ix = 0; ix < grid.nx; ++ix) {
             for (int iy = 0; iy < grid.ny; ++iy) {
                 // What is not a number is uplift too.
-                if (!(grid.values[std::ptrdiff_t{ix} * grid.ny + iy] == 0.0F)) {
+                const float value = grid.values[std::ptrdiff_t{ix} * grid.ny + iy];
+                if (!(value == 0.0F)) {
                     At(BlockOf(ix) + 1, BlockOf(iy) + 1) = 1;
+                    m_isFinite = m_isFinite && std::isfinite(value);
                 }
             }
         }
@@ -52,6 +54,9 @@ public:
             }
         }
     }
+
+    /// True when every value is a number.
+    [[nodiscard]] bool IsFinite() const noexcept { return m_isFinite; }
 
     /// True when a point within `radius` of (x, y) along both axes, or next to one, has uplift.
     [[nodiscard]] bool HasUpliftNear(float x, float y, float radius) {
@@ -94,20 +99,19 @@ private:
 
     const SampledGrid& m_grid;
     int m_columns, m_rows;
+    bool m_isFinite = true;
     std::vector<std::int32_t> m_counts;  ///< of blocks with uplift, summed from the first block on
 };
 
-LatticeGrid AsLatticeGrid(const SampledGrid& grid) noexcept {
-    return {grid.nx, grid.ny, grid.orgX, grid.orgY, grid.dx, grid.values};
+LatticeGrid AsLatticeGrid(const SampledGrid& grid, bool isFinite) noexcept {
+    return {grid.nx, grid.ny, grid.orgX, grid.orgY, grid.dx, grid.values, isFinite};
 }
 
 /// Gathers points into blocks, filters them and puts them where they belong.
 class FilterQueue {
 public:
-    FilterQueue(const SampledGrid& own, const SampledGrid* parent, float* result)
-        : m_own(AsLatticeGrid(own)),
-          m_parent(parent != nullptr ? AsLatticeGrid(*parent) : LatticeGrid{}),
-          m_result(result) {}
+    FilterQueue(const LatticeGrid& own, const LatticeGrid& parent, float* result)
+        : m_own(own), m_parent(parent), m_result(result) {}
 
     void Add(const LatticePoint& point, std::ptrdiff_t at) {
         m_points[m_count] = point;
@@ -161,7 +165,8 @@ void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const fl
     // Weights and kernels that are no numbers, from spacings or depths without measure, make terms that are none
     // whatever the uplift.
     const bool canSkip = std::isfinite(uplift.dx) && (parent == nullptr || std::isfinite(parent->dx));
-    FilterQueue queue(uplift, parent, result);
+    FilterQueue queue(AsLatticeGrid(uplift, ownBlocks.IsFinite()),
+                      parent != nullptr ? AsLatticeGrid(*parent, parentBlocks.IsFinite()) : LatticeGrid{}, result);
     for (int ix = 0; ix < uplift.nx; ++ix) {
         const auto x = static_cast<float>(uplift.orgX + static_cast<double>(static_cast<float>(ix) * uplift.dx));
         for (int iy = 0; iy < uplift.ny; ++iy) {

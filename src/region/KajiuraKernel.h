@@ -30,7 +30,8 @@ constexpr int kPadded = (kLatticeWidth / kChunk + 1) * kChunk;
 
 constexpr int kSideBySide = 16;  ///< points whose sums are taken together
 
-/// Bilinear weights and cells of the 41 lattice positions along one axis, in one grid.
+/// Bilinear weights and cells of the 41 lattice positions along one axis, in one grid; weights of 0 where it has no
+/// cell.
 struct LatticeAxis {
     alignas(64) int cell[kPadded];           ///< -1 where the grid has no cell with both its corners
     alignas(64) float weight[kPadded];       ///< of the far corner
@@ -50,9 +51,9 @@ void FillAxis(float centre, float step, double org, float dx, int count, Lattice
         const double index = isInside != 0 ? cell : -1.0;
         const float corner = static_cast<float>(org + static_cast<double>(static_cast<float>(index) * dx));
         axis.cell[at] = static_cast<int>(index);
-        axis.weight[at] = (p - corner) / dx;
+        axis.weight[at] = isInside != 0 ? (p - corner) / dx : 0.0F;
         axis.wideWeight[at] = static_cast<double>(axis.weight[at]);
-        axis.nearWeight[at] = 1.0 - axis.wideWeight[at];
+        axis.nearWeight[at] = isInside != 0 ? 1.0 - axis.wideWeight[at] : 0.0;
     }
 }
 

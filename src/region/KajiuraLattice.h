@@ -86,6 +86,7 @@ struct LatticeGrid {
     double orgX, orgY;
     float dx;
     const float* values;  ///< null: no such grid
+    bool isFinite;        ///< every value is a number
 };
 
 /// A point to be filtered: its place, m, and the water depth there, m.

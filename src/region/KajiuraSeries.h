@@ -25,13 +25,17 @@ public:
             return;
         }
         const unsigned n = m_next / kSlicesOfTerm;
-        const std::ptrdiff_t from = std::ptrdiff_t{m_next % kSlicesOfTerm} * kSliceWidth;
+        const unsigned slice = m_next % kSlicesOfTerm;
+        const std::ptrdiff_t from = std::ptrdiff_t{slice} * kSliceWidth;
         float* const values = m_values + from;
         const float* const radius2 = m_radius2 + from;
         const Floats first = AllOf(m_squares[n]);
         const Floats c = AllOf(kSeries[n]);
 #pragma GCC unroll 10
         for (int k = 0; k < kSliceWidth; k += kFloats) {
+            if (k >= kLastSliceWidth && slice == kSlicesOfTerm - 1) {
+                break;
+            }
             const Floats x = Plus(first, LoadFloats(radius2 + k));
             StoreFloats(values + k, Plus(LoadFloats(values + k), Over(c, Times(x, Root(x)))));
         }
@@ -47,11 +51,12 @@ public:
     }
 
 private:
-    static constexpr unsigned kSlicesOfTerm = 2;
+    static constexpr unsigned kSlicesOfTerm = 3;
     static constexpr unsigned kSlices = kKernelTerms * kSlicesOfTerm;
-    static constexpr int kUnit = int{kSlicesOfTerm} * kFloats;
-    static constexpr int kRadii = (kLattice.radiusCount + kUnit - 1) / kUnit * kUnit;
-    static constexpr int kSliceWidth = kRadii / int{kSlicesOfTerm};
+    static constexpr int kVectors = (kLattice.radiusCount + kFloats - 1) / kFloats;
+    static constexpr int kRadii = kVectors * kFloats;
+    static constexpr int kSliceWidth = (kVectors + int{kSlicesOfTerm} - 1) / int{kSlicesOfTerm} * kFloats;
+    static constexpr int kLastSliceWidth = kRadii - (int{kSlicesOfTerm} - 1) * kSliceWidth;
 
     alignas(64) float m_values[kRadii];
     alignas(64) float m_radius2[kRadii];  ///< s^2 q

@@ -1,8 +1,8 @@
 // The products of one point's sum, for AVX2 and AVX-512. Included by the filter's kernel, within its unnamed namespace.
 // NOLINTBEGIN(misc-definitions-in-headers)
 
-/// Eight positions of a lattice column are one part: so many are interpolated at a time. The last position of a column
-/// is left to ProductOf().
+/// Eight positions of a lattice column are one part: so many are interpolated at a time. The last position belongs to
+/// the disc in the middle column alone; like the other two tips that stand alone in their column it is taken by itself.
 constexpr int kLanes = 8;
 constexpr int kParts = (kLatticeWidth - 1) / kLanes;
 
@@ -14,11 +14,12 @@ constexpr int kFetched = kFetches * kFloats;
 class KernelColumns {
 public:
     void Spread(const float* kernel, int distance) {
-        constexpr int kMirrors = (kLatticeHalfWidth + kFloats) / kFloats;
         float* const centre = m_values + kFront + std::ptrdiff_t{distance} * kStride + kLatticeHalfWidth;
 #pragma GCC unroll 3
-        for (int mirror = 0; mirror < kMirrors; ++mirror) {
-            const int j = mirror * kFloats;
+        for (int j = 0; j <= kLatticeHalfWidth; j += kFloats) {
+            if (j > 0 && j > kLattice.reach[distance]) {
+                break;
+            }
             const Floats values = GatheredFloats(kernel, LoadIntegers(kPaddedRadii.index[distance] + j));
             StoreFloats(centre + j, values);
             StoreFloats(centre - j - (kFloats - 1), Reversed(values));
@@ -263,52 +264,76 @@ public:
     [[gnu::always_inline]] inline void Fill() {
         const LatticeAxis& columns = m_point.own.columns;
         const LatticeAxis& rows = m_point.own.rows;
-        if (columns.cell[0] >= 0 && columns.cell[kLast] >= 0 && rows.cell[0] >= 0 && rows.cell[kLast] >= 0) {
-            FillInside();
+        const bool isInside =
+            columns.cell[0] >= 0 && columns.cell[kLast] >= 0 && rows.cell[0] >= 0 && rows.cell[kLast] >= 0;
+        // Where weights are 0, uplift is 0: zeros of either sign leave the sum as it is.
+        if (isInside || (m_parent.values == nullptr && m_own.isFinite && m_point.own.places.hasCells)) {
+            FillFromOwn();
         } else {
-            FillAcross();
+            FillFromBoth();
         }
-        FillOne(0, kLatticeHalfWidth);
-        FillOne(kLatticeHalfWidth, kLast);
-        FillOne(kLast, kLatticeHalfWidth);
+        FillTip(0, kLatticeHalfWidth);
+        FillTip(kLatticeHalfWidth, kLast);
+        FillTip(kLast, kLatticeHalfWidth);
         m_nextKernel.Finish();
     }
 
 private:
     static constexpr int kLast = kLatticeWidth - 1;
 
-    /// Column i of a lattice that lies within the grid.
-    [[gnu::always_inline]] inline void FillInside(int i, CellColumns& cells) {
+    [[gnu::always_inline]] inline void FillColumnFromOwn(int i, CellColumns& cells) {
         const LatticeView& view = m_point.own;
-        const int distance = DistanceFromCentre(i);
-        { m_nextKernel.Advance(); }
+        m_nextKernel.Advance();
         cells.MoveTo(view.columns.cell[i], m_own, view.places);
         const ColumnUplift uplift(view, cells, i);
-        StoreColumn(
-            m_kernelColumns.Of(distance), i,
-            m_products, [&](int part) __attribute__((always_inline)) { return uplift.Of(part); });
+        const auto partOf = [&](int part) __attribute__((always_inline)) {
+            return uplift.Of(part);
+        };
+        StoreColumn(m_kernelColumns.Of(DistanceFromCentre(i)), i, m_products, partOf);
     }
-    [[gnu::always_inline]] inline void FillInside() {
-        CellColumns cells;
-        m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - 1);
-        for (int i = 1; i < kLatticeHalfWidth; ++i) {
-            m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);
-            FillInside(i, cells);
+    /// Columns without cells have no uplift. Those with cells are neighbours: positions, and so cells, only ascend or
+    /// only descend.
+    [[gnu::always_inline]] inline void FillFromOwn() {
+        const int* const columnCells = m_point.own.columns.cell;
+        int i = 1;
+        m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i);
+        while (i < kLast && columnCells[i] < 0) {
+            ++i;
+            m_kernelColumns.Spread(m_kernel, DistanceFromCentre(i));
         }
-        for (int i = kLatticeHalfWidth; i < kLast; ++i) {
-            FillInside(i, cells);
+        int end = kLast;
+        while (end > i && columnCells[end - 1] < 0) {
+            --end;
+        }
+        FillZeros(1, i);
+        CellColumns cells;
+        for (; i < kLatticeHalfWidth && i < end; ++i) {
+            m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);  // a column ahead
+            FillColumnFromOwn(i, cells);
+        }
+        for (; i < end; ++i) {
+            FillColumnFromOwn(i, cells);
+        }
+        FillZeros(end, kLast);
+    }
+    void FillZeros(int column, int end) {
+        const auto& columns = kLattice.columns;
+        const int from = columns[column].start + columns[column].begin;
+        const int to = columns[end].start + columns[end].begin;
+        for (int at = from; at < to; ++at) {
+            m_products[at] = 0.0F;
         }
     }
 
-    /// Columns of a lattice that lies across the border of the grid.
-    [[gnu::noinline]] void FillAcross() {
+    /// Where the grid has cells, the parent where it has, 0 elsewhere.
+    [[gnu::noinline]] void FillFromBoth() {
         const bool hasParent = m_parent.values != nullptr;
         CellColumns ownCells, parentCells;
         for (int distance = 0; distance < kLatticeHalfWidth; ++distance) {
             m_kernelColumns.Spread(m_kernel, distance);
         }
         for (int i = 1; i < kLast; ++i) {
-            { m_nextKernel.Advance(); }
+            m_nextKernel.Advance();
             const int distance = DistanceFromCentre(i);
             const auto store = [&](const auto& uplift) {
                 StoreColumn(m_kernelColumns.Of(distance), i, m_products, uplift);
@@ -337,8 +362,8 @@ private:
         }
     }
 
-    /// One product at the rim of the disc.
-    void FillOne(int i, int j) {
+    /// One product at a tip of the disc.
+    void FillTip(int i, int j) {
         float uplift = 0.0F;
         if (m_point.own.HasCell(i, j)) {
             uplift = m_point.own.Uplift(m_own, i, j);
