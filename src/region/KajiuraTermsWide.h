@@ -144,6 +144,11 @@ struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() 
         places.Fill(rows, grid.nx, grid.ny);
     }
 
+    /// True when every position has a cell.
+    [[nodiscard]] bool IsInside() const {
+        constexpr int kLast = kLatticeWidth - 1;
+        return HasCell(0, 0) && HasCell(kLast, kLast);
+    }
     [[nodiscard]] bool HasCell(int i, int j) const { return columns.cell[i] >= 0 && rows.cell[j] >= 0; }
 
     /// Bilinear uplift at one position with a cell.
@@ -237,15 +242,22 @@ template <typename Uplift>
 struct PreparedPoint {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
     LatticeView own, parent;
     KernelByRadius kernel;
+    bool isOwnEnough;  ///< samples outside the own grid have no uplift, or there are none
 
     void Open(const LatticeGrid& ownGrid, const LatticeGrid& parentGrid, const LatticePoint& point) {
         const float step = 0.25F * point.depth;
         kernel.Start(point.depth, step);
         own.Open(ownGrid, point, step);
+        isOwnEnough = own.IsInside();
         if (parentGrid.values != nullptr) {
             parent.Open(parentGrid, point, step);
+        } else if (own.places.hasCells && ownGrid.isFinite && point.depth < kDeepest) {
+            isOwnEnough = true;
         }
     }
+
+private:
+    static constexpr float kDeepest = 1.0e18F;  ///< up to here, m, every number of the kernel is finite
 };
 
 /// The products eta G of one point, in the order of the sum. Makes the kernel of the next one meanwhile.
@@ -262,12 +274,7 @@ public:
           m_products(products) {}
 
     [[gnu::always_inline]] inline void Fill() {
-        const LatticeAxis& columns = m_point.own.columns;
-        const LatticeAxis& rows = m_point.own.rows;
-        const bool isInside =
-            columns.cell[0] >= 0 && columns.cell[kLast] >= 0 && rows.cell[0] >= 0 && rows.cell[kLast] >= 0;
-        // Where weights are 0, uplift is 0: zeros of either sign leave the sum as it is.
-        if (isInside || (m_parent.values == nullptr && m_own.isFinite && m_point.own.places.hasCells)) {
+        if (m_point.isOwnEnough) {
             FillFromOwn();
         } else {
             FillFromBoth();
@@ -281,22 +288,12 @@ public:
 private:
     static constexpr int kLast = kLatticeWidth - 1;
 
-    [[gnu::always_inline]] inline void FillColumnFromOwn(int i, CellColumns& cells) {
-        const LatticeView& view = m_point.own;
-        m_nextKernel.Advance();
-        cells.MoveTo(view.columns.cell[i], m_own, view.places);
-        const ColumnUplift uplift(view, cells, i);
-        const auto partOf = [&](int part) __attribute__((always_inline)) {
-            return uplift.Of(part);
-        };
-        StoreColumn(m_kernelColumns.Of(DistanceFromCentre(i)), i, m_products, partOf);
-    }
-    /// Columns without cells have no uplift. Those with cells are neighbours: positions, and so cells, only ascend or
-    /// only descend.
+    /// Rows without a cell weigh 0, and columns without one are left out: zeros of either sign leave the sum as it is.
+    /// Columns with cells are neighbours, since positions only ascend.
     [[gnu::always_inline]] inline void FillFromOwn() {
         const int* const columnCells = m_point.own.columns.cell;
         int i = 1;
-        m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i);
+        m_kernelColumns.Spread(m_kernel, DistanceFromCentre(i));
         while (i < kLast && columnCells[i] < 0) {
             ++i;
             m_kernelColumns.Spread(m_kernel, DistanceFromCentre(i));
@@ -316,11 +313,20 @@ private:
         }
         FillZeros(end, kLast);
     }
+    [[gnu::always_inline]] inline void FillColumnFromOwn(int i, CellColumns& cells) {
+        const LatticeView& view = m_point.own;
+        m_nextKernel.Advance();
+        cells.MoveTo(view.columns.cell[i], m_own, view.places);
+        const ColumnUplift uplift(view, cells, i);
+        const auto partOf = [&](int part) __attribute__((always_inline)) {
+            return uplift.Of(part);
+        };
+        StoreColumn(m_kernelColumns.Of(DistanceFromCentre(i)), i, m_products, partOf);
+    }
     void FillZeros(int column, int end) {
         const auto& columns = kLattice.columns;
-        const int from = columns[column].start + columns[column].begin;
-        const int to = columns[end].start + columns[end].begin;
-        for (int at = from; at < to; ++at) {
+        const int last = columns[end].start + columns[end].begin;
+        for (int at = columns[column].start + columns[column].begin; at < last; ++at) {
             m_products[at] = 0.0F;
         }
     }
