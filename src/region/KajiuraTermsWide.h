@@ -107,9 +107,11 @@ struct alignas(512) ColumnValues {  // the size is a power of two: the address o
     }
 };
 
-/// The grid columns on both sides of the current cell.
+/// The grid columns on both sides of the current cell. Their values lie apart, so that the rest stays in registers.
 class CellColumns {
 public:
+    explicit CellColumns(ColumnValues (&values)[2]) : m_values(values) {}
+
     /// Consecutive lattice columns mostly share grid columns, or follow one another's.
     [[gnu::always_inline]] inline void MoveTo(int cell, const LatticeGrid& grid, const RowPlaces& places) {
         if (cell == m_column) {
@@ -128,7 +130,7 @@ public:
     [[nodiscard]] const ColumnValues& Far() const { return m_values[m_near ^ 1U]; }
 
 private:
-    ColumnValues m_values[2];
+    ColumnValues* m_values;
     std::size_t m_near = 0;
     int m_column = -2;  ///< the near one; none yet
 };
@@ -303,7 +305,8 @@ private:
             --end;
         }
         FillZeros(1, i);
-        CellColumns cells;
+        ColumnValues values[2];
+        CellColumns cells(values);
         for (; i < kLatticeHalfWidth && i < end; ++i) {
             m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);  // a column ahead
             FillColumnFromOwn(i, cells);
@@ -334,7 +337,8 @@ private:
     /// Where the grid has cells, the parent where it has, 0 elsewhere.
     [[gnu::noinline]] void FillFromBoth() {
         const bool hasParent = m_parent.values != nullptr;
-        CellColumns ownCells, parentCells;
+        ColumnValues ownValues[2], parentValues[2];
+        CellColumns ownCells(ownValues), parentCells(parentValues);
         for (int distance = 0; distance < kLatticeHalfWidth; ++distance) {
             m_kernelColumns.Spread(m_kernel, distance);
         }
