@@ -52,11 +52,11 @@ constexpr NoPosition kNoPosition = MakeNoPosition();
 /// Where the values at the lattice's rows lie in a grid column. The cells of kFloats consecutive positions lie close to
 /// each other: two loads and a permutation bring their values, unless the lattice is about twice as wide as the grid.
 struct RowPlaces {
-    int first[kFetches];             ///< the least cell
-    alignas(64) int near[kFetched];  ///< cell, from there; 0 without one
+    alignas(64) int near[kFetched];  ///< cell, from `first` of its kFloats positions; 0 without a cell
     alignas(64) int far[kFetched];   ///< its far corner
-    bool hasCells;                   ///< any row has
-    int lastPlain;                   ///< the last grid column that has 2 kFloats values from there, with all of them
+    int first[kFetches];             ///< the least cell of kFloats positions
+    int lastPlain;  ///< the last grid column that has 2 kFloats values from each `first`, with all corners among them
+    bool hasCells;  ///< any row has
 
     void Fill(const LatticeAxis& rows, int nx, int ny) {
         int furthest = 0;
@@ -77,8 +77,9 @@ struct RowPlaces {
             furthest = first[fetch] > furthest ? first[fetch] : furthest;
         }
         // Values behind a column's end are not picked, but they are read: not behind the end of the grid.
-        const std::ptrdiff_t spare = static_cast<std::ptrdiff_t>(nx) * ny - furthest - 2 * kFloats;
-        lastPlain = widest + 1 < 2 * kFloats && spare >= 0 ? static_cast<int>(spare / ny) : -1;
+        constexpr int kLoaded = 2 * kFloats;
+        const std::ptrdiff_t spare = static_cast<std::ptrdiff_t>(nx) * ny - furthest - kLoaded;
+        lastPlain = widest + 1 < kLoaded && spare >= 0 ? static_cast<int>(spare / ny) : -1;
     }
 };
 
@@ -201,9 +202,9 @@ public:
 
 private:
     Doubles m_nearT, m_wideT;
+    alignas(64) float m_farFar[kFetched];
     const LatticeView& m_view;
     const ColumnValues &m_near, &m_far;
-    alignas(64) float m_farFar[kFetched];
 };
 
 /// Calls uplift(part) for the parts from kFirst to before kEnd, and stores the products with the kernel from position
@@ -314,7 +315,7 @@ private:
         for (; i < end; ++i) {
             FillColumnFromOwn(i, cells);
         }
-        FillZeros(end, kLast);
+        FillZeros(end, kLast);  // NOLINT(readability-suspicious-call-argument): `end` is where zeros begin
     }
     [[gnu::always_inline]] inline void FillColumnFromOwn(int i, CellColumns& cells) {
         const LatticeView& view = m_point.own;
@@ -326,10 +327,11 @@ private:
         };
         StoreColumn(m_kernelColumns.Of(DistanceFromCentre(i)), i, m_products, partOf);
     }
-    void FillZeros(int column, int end) {
-        const auto& columns = kLattice.columns;
-        const int last = columns[end].start + columns[end].begin;
-        for (int at = columns[column].start + columns[column].begin; at < last; ++at) {
+    /// Columns from `first` to before `end`.
+    void FillZeros(int first, int end) {
+        const Lattice::Column& from = kLattice.columns[first];
+        const Lattice::Column& to = kLattice.columns[end];
+        for (int at = from.start + from.begin; at < to.start + to.begin; ++at) {
             m_products[at] = 0.0F;
         }
     }
@@ -426,14 +428,14 @@ void Sum(const float (&products)[kSideBySide][kLatticeSamples + kChunk], const f
     Floats sum[kGroups], step[kGroups];
     for (int group = 0; group < kGroups; ++group) {
         sum[group] = AllOf(0.0F);
-        step[group] = LoadFloats(steps + group * kFloats);
+        step[group] = LoadFloats(steps + std::ptrdiff_t{group} * kFloats);
     }
     for (int sample = 0; sample < kLatticeSamples; sample += 4) {
         const int count = kLatticeSamples - sample < 4 ? kLatticeSamples - sample : 4;
 #pragma GCC unroll 2
         for (int group = 0; group < kGroups; ++group) {
             // Four samples of each point become four points of each sample.
-            const float* const from = products[group * kFloats] + sample;
+            const float* const from = products[std::ptrdiff_t{group} * kFloats] + sample;
             const Floats a = LoadQuarters(from, 4 * kStride);
             const Floats b = LoadQuarters(from + kStride, 4 * kStride);
             const Floats c = LoadQuarters(from + 2 * kStride, 4 * kStride);
@@ -450,7 +452,7 @@ void Sum(const float (&products)[kSideBySide][kLatticeSamples + kChunk], const f
         }
     }
     for (int group = 0; group < kGroups; ++group) {
-        StoreFloats(sums + group * kFloats, sum[group]);
+        StoreFloats(sums + std::ptrdiff_t{group} * kFloats, sum[group]);
     }
 }
 // NOLINTEND(misc-definitions-in-headers)
