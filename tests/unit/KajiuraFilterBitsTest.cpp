@@ -250,6 +250,21 @@ TEST_CASE("the filter repeats the bits of its reference where single precision i
     }
 }
 
+TEST_CASE("the filter repeats the bits of its reference where its lattice is about twice as wide as the grid") {
+    // Where a vector of samples just fits, or does not, into two vectors of grid values.
+    Random random(11);
+    Nesting nesting;
+    nesting.own = {100, 100, 0.0, -500.0, 10.0F};
+    nesting.topography = Uniform(nesting.own, 0.0F);
+    for (int point = 0; point < 80; ++point) {
+        const double stepOverSpacing = 1.7 + 0.01 * point;
+        nesting.topography[static_cast<std::size_t>((45 + point % 8) * 100 + 45 + point / 8)] =
+            static_cast<float>(-4.0 * 10.0 * stepOverSpacing);
+    }
+    nesting.uplift = RandomSnapshots(random, nesting.own, 2);
+    CHECK(DifferentBits(nesting) == 0);
+}
+
 TEST_CASE("the filter repeats the bits of its reference at depths beyond any sea") {
     // The squares overflow from 1e19 on: kernels of 0, then products of infinity and 0.
     for (const float depth : {10.00001F, 11000.0F, 1e6F, 1e12F, 1e18F, 1e19F, 1e20F, 1e38F,
