@@ -260,7 +260,7 @@ struct PreparedPoint {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open(
     }
 
 private:
-    static constexpr float kDeepest = 1.0e18F;  ///< up to here, m, every number of the kernel is finite
+    static constexpr float kDeepest = 1.0e18F;  ///< up to here, m, every value of the kernel is finite
 };
 
 /// The products eta G of one point, in the order of the sum. Makes the kernel of the next one meanwhile.
