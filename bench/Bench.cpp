@@ -14,11 +14,11 @@
 #include "PairedRun.h"
 #include "Scenes.h"
 #include "TextRun.h"
+#include "kajiura/KajiuraFilter.h"
 #include "okada/DC3D.h"
-#include "okada/SurfaceBatch.h"
+#include "okada/batch/SurfaceBatch.h"
 #include "reference/KajiuraReference.h"
-#include "region/KajiuraFilter.h"
-#include "support/InstructionSet.h"
+#include "simd/InstructionSet.h"
 
 namespace {
 

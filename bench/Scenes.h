@@ -5,8 +5,8 @@
 
 #include "fault/DynamicParam.h"
 #include "fault/Fault.h"
+#include "grid/InstantVal2d.h"
 #include "reference/DeformReference.h"
-#include "region/InstantVal2d.h"
 
 namespace bench {
 

@@ -13,7 +13,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "region/GridFile.h"
+#include "grid/GridFile.h"
 #include "support/TextLines.h"
 
 namespace bench {

@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "grid/GridSize.h"
 #include "support/ErrorBlock.h"
-#include "support/GridSize.h"
 #include "support/TextLines.h"
 
 namespace tidora {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 namespace tidora {
 

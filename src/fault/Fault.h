@@ -6,7 +6,7 @@
 
 #include "config/ConfReader.h"
 #include "fault/DynamicParam.h"
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 namespace tidora {
 

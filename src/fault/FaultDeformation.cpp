@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "fault/ColumnKernels.h"
-#include "fault/ElementDeformation.h"
+#include "deform/ColumnKernels.h"
+#include "deform/ElementDeformation.h"
+#include "deform/GridPlane.h"
 #include "fault/Fault.h"
-#include "fault/GridPlane.h"
 #include "support/ErrorBlock.h"
 
 namespace tidora {

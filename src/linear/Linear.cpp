@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "support/GridSize.h"
+#include "grid/GridSize.h"
 
 namespace tidora {
 namespace {

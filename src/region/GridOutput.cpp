@@ -5,7 +5,7 @@
 #include <iostream>
 #include <vector>
 
-#include "region/GridHeader.h"
+#include "grid/GridHeader.h"
 #include "support/ErrorBlock.h"
 
 namespace tidora {

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "support/GridSize.h"
+#include "grid/GridSize.h"
 
 namespace tidora {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "config/ConfReader.h"
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 namespace tidora {
 

@@ -5,14 +5,16 @@
 #include <utility>
 #include <vector>
 
-#include "region/GridFile.h"
+#include "grid/GridFile.h"
+#include "grid/GridSize.h"
+#include "grid/Transpose.h"
 #include "region/Region.h"
 #include "support/ErrorBlock.h"
-#include "support/GridSize.h"
-#include "support/Transpose.h"
 
 namespace tidora {
 namespace {
+
+static_assert(Region::FILE_MAX_PATH == kGridLineBuffer);
 
 std::string InDefaultNotation(float value) {
     std::ostringstream text;

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
+#include "grid/GridSize.h"
 #include "region/GridOutput.h"
 #include "region/Region.h"
 #include "support/ErrorBlock.h"
-#include "support/GridSize.h"
 #include "support/ReplacingFile.h"
 
 namespace tidora {

@@ -1,5 +1,5 @@
 #include "FuzzInput.h"
-#include "region/GridFile.h"
+#include "grid/GridFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const FuzzFile file(data, size);

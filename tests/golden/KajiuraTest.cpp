@@ -11,7 +11,7 @@
 #include <doctest/doctest.h>
 
 #include "golden/LargestError.h"
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 #include "region/Region.h"
 
 using tidora::InstantVal2d;

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/InstructionSet.h"
+#include "simd/InstructionSet.h"
 
 /// Runs `body` once with every instruction set that this machine has, and leaves the best one in use.
 template <typename Body>

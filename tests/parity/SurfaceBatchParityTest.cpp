@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "okada/DC3D.h"
-#include "okada/SurfaceBatch.h"
+#include "okada/batch/SurfaceBatch.h"
 #include "parity/EveryInstructionSet.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "fault/DynamicParam.h"
 #include "fault/Fault.h"
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 namespace tidora::reference {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 namespace tidora::reference {
 

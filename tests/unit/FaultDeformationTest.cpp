@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "fault/ElementSource.h"
+#include "deform/ElementSource.h"
 #include "fault/Fault.h"
 #include "okada/DC3D.h"
 #include "unit/ExpectedText.h"

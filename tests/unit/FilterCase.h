@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 #include "region/Region.h"
 
 /// Geometry and values that go into one call of the filter. Index ix * ny + iy.

@@ -3,7 +3,7 @@
 
 #include <doctest/doctest.h>
 
-#include "region/InstantVal2d.h"
+#include "grid/InstantVal2d.h"
 
 using tidora::InstantVal2d;
 

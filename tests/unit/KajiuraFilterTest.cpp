@@ -9,7 +9,7 @@
 
 #include <doctest/doctest.h>
 
-#include "region/KajiuraFilter.h"
+#include "kajiura/KajiuraFilter.h"
 #include "unit/FilterCase.h"
 
 using tidora::InstantVal2d;

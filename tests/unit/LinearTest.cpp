@@ -7,8 +7,8 @@
 #include <doctest/doctest.h>
 
 #include "config/ConfReader.h"
+#include "grid/InstantVal2d.h"
 #include "linear/Linear.h"
-#include "region/InstantVal2d.h"
 #include "unit/PrintedText.h"
 
 using tidora::InstantVal2d;

@@ -1,0 +1,2 @@
+#define TIDORA_COLUMN_KERNELS kAvx2ColumnKernels
+#include "deform/ColumnLoops.h"

@@ -1,0 +1,2 @@
+#define TIDORA_COLUMN_KERNELS kAvx512ColumnKernels
+#include "deform/ColumnLoops.h"

@@ -1,0 +1,2 @@
+#define TIDORA_COLUMN_KERNELS kBaselineColumnKernels
+#include "deform/ColumnLoops.h"

@@ -1,0 +1,2 @@
+#define TIDORA_FILTER_POINTS FilterPointsBaseline
+#include "kajiura/KajiuraKernel.h"
