@@ -9,7 +9,7 @@ namespace {
 
 std::vector<InstructionSet> FindInstructionSets() {
     std::vector<InstructionSet> sets = {InstructionSet::Baseline};
-#ifdef TIDORA_X86_KERNELS
+#ifdef __x86_64__
     if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma")) {
         sets.push_back(InstructionSet::Avx2);
     }

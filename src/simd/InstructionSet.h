@@ -4,13 +4,20 @@
 
 namespace tidora {
 
-/// Instruction sets for which the batched kernels are compiled. One executable holds them all and picks the best that
-/// the machine has, when it runs.
+/// Instruction sets for which the kernels are compiled. One executable holds them all and picks the best that the
+/// machine has, when it runs.
 enum class InstructionSet {
-    Baseline,  ///< what the compiler was told to assume: SSE2 on x86-64, NEON on arm64
-    Avx2,      ///< AVX2 and FMA
-    Avx512,    ///< AVX-512 F, CD, DQ, BW and VL
+    Baseline,  ///< what the compiler was told to assume: SSE2 on x86-64, NEON on arm64; PlainLanes
+    Avx2,      ///< AVX2 and FMA; Avx2Lanes
+    Avx512,    ///< AVX-512 F, CD, DQ, BW and VL; Avx512Lanes
 };
+
+/// True where the kernels of Avx2Lanes and Avx512Lanes are built.
+#ifdef __x86_64__
+inline constexpr bool kHasAvxKernels = true;
+#else
+inline constexpr bool kHasAvxKernels = false;
+#endif
 
 [[nodiscard]] const char* NameOf(InstructionSet set) noexcept;
 
