@@ -14,7 +14,7 @@ usage() {
 }
 
 [ $# -le 1 ] || usage
-packages=(g++ cmake ninja-build libproj-dev libxsimd-dev)
+packages=(g++ cmake ninja-build libproj-dev)
 tools=(c++ cmake ninja)
 python=(python3 python3-numpy python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio
     python3-rich)
@@ -36,13 +36,13 @@ esac
 other_systems() {
     cat >&2 <<'TEXT'
 Without apt-get the packages have to be installed by hand. Their names elsewhere:
-  Fedora  dnf install gcc-c++ cmake ninja-build proj-devel xsimd-devel
+  Fedora  dnf install gcc-c++ cmake ninja-build proj-devel
           tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind git
           tdr: python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio python3-rich
-  Arch    pacman -S gcc cmake ninja proj xsimd
+  Arch    pacman -S gcc cmake ninja proj
           tests: doctest          checks: clang compiler-rt valgrind git
           tdr: python-xarray python-netcdf4 python-matplotlib python-pyproj python-rasterio python-rich
-  macOS   brew install cmake ninja proj xsimd
+  macOS   brew install cmake ninja proj
           tests: doctest          checks: llvm git
           tdr: pip install ./python
 TEXT

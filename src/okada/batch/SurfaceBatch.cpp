@@ -6,8 +6,8 @@
 #include <cstdint>
 
 #include "okada/SurfaceSource.h"
-#include "okada/batch/SurfaceKernelArguments.h"
-#include "simd/InstructionSet.h"
+#include "okada/batch/SurfaceKernels.h"
+#include "simd/Dispatch.h"
 
 namespace tidora {
 namespace {
@@ -19,20 +19,6 @@ namespace {
 double NoiseOf(const TidoraBlockC0& m, const Dislocation& slip) noexcept {
     const double amplification = m.CD == 0.0 ? 1.0 : 1.0 / m.CDCD;
     return 1.0e-7 * amplification * (std::abs(slip.strikeSlip) + std::abs(slip.dipSlip)) / kTwoPi;
-}
-
-const SurfaceKernels& Kernels() noexcept {
-#ifdef TIDORA_X86_KERNELS
-    switch (CurrentInstructionSet()) {
-        case InstructionSet::Avx512:
-            return kAvx512SurfaceKernels;
-        case InstructionSet::Avx2:
-            return kAvx2SurfaceKernels;
-        case InstructionSet::Baseline:
-            break;
-    }
-#endif
-    return kBaselineSurfaceKernels;
 }
 
 SurfacePoints Part(const SurfacePoints& points, std::size_t at) noexcept {
@@ -91,7 +77,8 @@ void FiniteSurfaceBatch(const RectangleSource& source, const SurfacePoints& poin
             FiniteSurfaceSource(m, {x, y, 0.0F, depth, source.al1, source.al2, source.aw1, source.aw2}, slip, c, u));
         return u;
     };
-    const SurfaceKernels::Finite kernel = Kernels().finite[out.ux != nullptr ? 1 : 0][m.CD == 0.0 ? 1 : 0];
+    const SurfaceKernels::Finite kernel =
+        DispatchedKernels<SurfaceKernelsOf>().finite[out.ux != nullptr ? 1 : 0][m.CD == 0.0 ? 1 : 0];
     RunWithScalarPoints(
         points, out,
         [&](const SurfacePoints& some, const SurfaceDisplacements& u, std::uint16_t* singular) {
@@ -111,7 +98,7 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
         static_cast<void>(PointSurfaceSource(m, x, y, 0.0F, depth, potency, v, u));
         return u;
     };
-    const SurfaceKernels::Point kernel = Kernels().point[out.ux != nullptr ? 1 : 0];
+    const SurfaceKernels::Point kernel = DispatchedKernels<SurfaceKernelsOf>().point[out.ux != nullptr ? 1 : 0];
     RunWithScalarPoints(
         points, out,
         [&](const SurfacePoints& some, const SurfaceDisplacements& u, std::uint16_t* singular) {

@@ -1,7 +1,8 @@
 #pragma once
 
-// The batched surface kernels, one template for all instruction sets. Included by the sources that are compiled for one
-// set each, and by nothing else: nothing here may be shared with code that runs on any machine.
+// The batched surface kernels, one template for all lane types. Included by the sources that are compiled for one
+// instruction set each. Every function is a member of that template: none may be shared with code that runs on any
+// machine, and none of the standard library is used.
 //
 //   paper            code                 meaning
 //   xi, eta, q       xi[j], eta[k], q     co-ordinates of corner (j, k); j counts along strike, k up dip
@@ -30,19 +31,17 @@
 
 #include <cstdint>
 
-#include <xsimd/xsimd.hpp>
-
-#include "okada/batch/SurfaceKernelArguments.h"
+#include "okada/batch/SurfaceKernels.h"
 #include "simd/LaneMath.h"
 
 namespace tidora {
 
-template <typename Arch>
+template <typename Lanes>
 class SurfaceKernel {
 public:
-    using Math = LaneMath<Arch>;
-    using Batch = typename Math::Batch;
-    static constexpr std::size_t kLanes = Math::kLanes;
+    using Math = LaneMath<Lanes>;
+    using Doubles = typename Lanes::Doubles;
+    static constexpr std::size_t kLanes = Lanes::kDoubles;
 
     template <bool kHorizontal, bool kVertical>
     static std::size_t RunFinite(const FiniteKernelSource& s, const SurfacePoints& points,
@@ -51,7 +50,7 @@ public:
             points, out, singular,
             [&s](const SurfacePoints& in, CornerSums& sums) { SumCorners<kHorizontal, kVertical>(s, in, sums); },
             [&s](const CornerSums& sums, const SurfaceDisplacements& u) {
-                return sums.singular || !Finish<kHorizontal, kVertical>(s, sums, u);
+                return Lanes::Or(sums.singular, Lanes::Not(Finish<kHorizontal, kVertical>(s, sums, u)));
             });
     }
 
@@ -64,19 +63,14 @@ public:
     }
 
 private:
-    using Mask = typename Math::Mask;
+    using Mask = typename Lanes::Mask;
     using Complex = typename Math::Complex;
 
     /// Writes the numbers of the lanes of `mask`, the first of which has the number `at`; returns how many.
     static std::size_t Note(const Mask& mask, std::size_t at, std::size_t lanes, std::uint16_t* numbers) noexcept {
-        if (!xsimd::any(mask)) {
-            return 0;
-        }
-        alignas(64) double isSet[kLanes];
-        xsimd::select(mask, Batch(1.0), Batch(0.0)).store_aligned(isSet);
         std::size_t count = 0;
-        for (std::size_t lane = 0; lane < lanes; ++lane) {
-            if (isSet[lane] != 0.0) {
+        for (unsigned left = Lanes::BitsOf(mask), lane = 0; left != 0 && lane < lanes; left >>= 1U, ++lane) {
+            if ((left & 1U) != 0) {
                 numbers[count++] = static_cast<std::uint16_t>(at + lane);
             }
         }
@@ -132,28 +126,28 @@ private:
         return singularCount;
     }
 
-    static Batch ZeroIfTiny(const Batch& value) noexcept {
-        return xsimd::select(xsimd::abs(value) < Batch(kKernelEpsilon), Batch(0.0), value);
+    static Doubles ZeroIfTiny(Doubles value) noexcept {
+        return Lanes::Select(Lanes::Less(Lanes::Abs(value), Lanes::All(kKernelEpsilon)), Lanes::All(0.0), value);
     }
 
     /// Values at the four corners, [k][j].
-    using Corners = Batch[2][2];
+    using Corners = Doubles[2][2];
 
     /// f(1,1) - f(1,2) - f(2,1) + f(2,2).
-    static Batch Sum(const Corners& f) noexcept { return (f[0][0] - f[1][0]) - (f[0][1] - f[1][1]); }
+    static Doubles Sum(const Corners& f) noexcept { return (f[0][0] - f[1][0]) - (f[0][1] - f[1][1]); }
     /// The same with a factor of eta alone, or of xi alone.
-    static Batch SumWithRow(const Batch (&factor)[2], const Corners& f) noexcept {
-        return Math::Fnma(factor[1], f[1][0] - f[1][1], factor[0] * (f[0][0] - f[0][1]));
+    static Doubles SumWithRow(const Doubles (&factor)[2], const Corners& f) noexcept {
+        return Lanes::Fnma(factor[1], f[1][0] - f[1][1], factor[0] * (f[0][0] - f[0][1]));
     }
-    static Batch SumWithColumn(const Batch (&factor)[2], const Corners& f) noexcept {
-        return Math::Fnma(factor[1], f[0][1] - f[1][1], factor[0] * (f[0][0] - f[1][0]));
+    static Doubles SumWithColumn(const Doubles (&factor)[2], const Corners& f) noexcept {
+        return Lanes::Fnma(factor[1], f[0][1] - f[1][1], factor[0] * (f[0][0] - f[1][0]));
     }
 
     static Complex Product(const Complex& a, const Complex& b) noexcept {
-        return {Math::Fnma(a.im, b.im, a.re * b.re), Math::Fma(a.im, b.re, a.re * b.im)};
+        return {Lanes::Fnma(a.im, b.im, a.re * b.re), Lanes::Fma(a.im, b.re, a.re * b.im)};
     }
     static Complex ProductWithConjugate(const Complex& a, const Complex& b) noexcept {
-        return {Math::Fma(a.re, b.re, a.im * b.im), Math::Fnma(a.re, b.im, a.im * b.re)};
+        return {Lanes::Fma(a.re, b.re, a.im * b.im), Lanes::Fnma(a.re, b.im, a.im * b.re)};
     }
 
     /// The number whose argument is the corner sum of A. Up to terms that the sum cancels,
@@ -161,16 +155,17 @@ private:
     /// 2A is the solid angle between the dip line and the vertical at the corner. Of the two denominators the one with
     /// R (1 + |sin|) cannot vanish below the surface, where d~ >= 0. The numerators of the corners of one xi are equal,
     /// so that their difference lies within (-pi/2, pi/2), and the sum of two within (-pi, pi).
-    static Complex ArgumentSumOfA(const FiniteKernelSource& s, const Corners& R, const Batch (&xi)[2],
-                                  const Batch (&eta)[2], const Batch (&D)[2]) noexcept {
-        const Batch up(s.sd >= 0.0 ? 1.0 : -1.0), rFactor(1.0 + (s.sd >= 0.0 ? s.sd : -s.sd));
+    static Complex ArgumentSumOfA(const FiniteKernelSource& s, const Corners& R, const Doubles (&xi)[2],
+                                  const Doubles (&eta)[2], const Doubles (&D)[2]) noexcept {
+        const Doubles up = Lanes::All(s.sd >= 0.0 ? 1.0 : -1.0),
+                      rFactor = Lanes::All(1.0 + (s.sd >= 0.0 ? s.sd : -s.sd));
         Complex pair[2];
-        const Batch rest[2] = {Math::Fma(up, eta[0], D[0]), Math::Fma(up, eta[1], D[1])};
+        const Doubles rest[2] = {Lanes::Fma(up, eta[0], D[0]), Lanes::Fma(up, eta[1], D[1])};
         for (std::size_t j = 0; j < 2; ++j) {
-            const Batch below[2] = {Math::Fma(rFactor, R[0][j], rest[0]), Math::Fma(rFactor, R[1][j], rest[1])};
-            const Batch above = xi[j] * Batch(s.cd);
+            const Doubles below[2] = {Lanes::Fma(rFactor, R[0][j], rest[0]), Lanes::Fma(rFactor, R[1][j], rest[1])};
+            const Doubles above = xi[j] * Lanes::All(s.cd);
             // The sign of the first form for dips of at least 0, of the second for the others.
-            pair[j] = {Math::Fma(below[0], below[1], above * above), up * above * (below[0] - below[1])};
+            pair[j] = {Lanes::Fma(below[0], below[1], above * above), up * above * (below[0] - below[1])};
         }
         return ProductWithConjugate(pair[0], pair[1]);
     }
@@ -180,23 +175,23 @@ private:
 
     /// What the four corners add up to, before logarithms and arguments are taken.
     struct CornerSums {
-        Batch q;
-        Batch overR, y11, xiY11;         ///< 1/R, Y11, xi Y11
-        Batch dX11, yX11;                ///< d~ X11, y~ X11
-        Batch yOverRd, xiOverRd;         ///< y~ / (R + d~), xi / (R + d~)
-        Batch etaTerm, xiTerm;           ///< vertical: eta/(R+d~) + y~ q/(R+d~)^2, xi y~/(R+d~)^2
+        Doubles q;
+        Doubles overR, y11, xiY11;       ///< 1/R, Y11, xi Y11
+        Doubles dX11, yX11;              ///< d~ X11, y~ X11
+        Doubles yOverRd, xiOverRd;       ///< y~ / (R + d~), xi / (R + d~)
+        Doubles etaTerm, xiTerm;         ///< vertical: eta/(R+d~) + y~ q/(R+d~)^2, xi y~/(R+d~)^2
         Complex theta, a;                ///< numbers whose arguments are the sums of Theta, but for a turn, and of A
-        Batch lowTurn, highTurn;         ///< which turn it is: the imaginary parts of both pairs of Theta, in order
+        Doubles lowTurn, highTurn;       ///< which turn it is: the imaginary parts of both pairs of Theta, in order
         typename Math::Fraction rd, re;  ///< of the logarithms
         Mask singular;
     };
 
     /// Replaces each value by its inverse, for one division.
     static void Invert(Corners& v) noexcept {
-        const Batch first = v[0][0] * v[0][1], second = v[1][0] * v[1][1];
-        const Batch inverse = Math::Inverse(first * second);
-        const Batch overFirst = inverse * second, overSecond = inverse * first;
-        const Batch v00 = v[0][0], v10 = v[1][0];
+        const Doubles first = v[0][0] * v[0][1], second = v[1][0] * v[1][1];
+        const Doubles inverse = Lanes::Inverse(first * second);
+        const Doubles overFirst = inverse * second, overSecond = inverse * first;
+        const Doubles v00 = v[0][0], v10 = v[1][0];
         v[0][0] = overFirst * v[0][1];
         v[0][1] = overFirst * v00;
         v[1][0] = overSecond * v[1][1];
@@ -210,52 +205,47 @@ private:
     // NOLINTNEXTLINE(readability-function-cognitive-complexity)
     static void SumCorners(const FiniteKernelSource& s, const SurfacePoints& in, CornerSums& sums) noexcept {
         constexpr bool kNeedsRd = kHorizontal || kVertical;
-        const Batch sd(s.sd), cd(s.cd);
-        Batch xi[2];
-        {
-            alignas(64) float difference[2][kLanes];
-            for (std::size_t lane = 0; lane < kLanes; ++lane) {
-                difference[0][lane] = in.x[lane] - s.al1;
-                difference[1][lane] = in.x[lane] - s.al2;
-            }
-            xi[0] = Math::Widened(difference[0]);
-            xi[1] = Math::Widened(difference[1]);
-        }
-        const Batch y = Math::Widened(in.y), d = Math::Widened(in.depth);
-        const Batch p = y * cd + d * sd;
-        const Batch q = y * sd - d * cd;
-        const Batch q2 = q * q;
-        const Batch sizeOfQ = xsimd::abs(q);
-        const Batch eta[2] = {p - Batch(s.aw1), p - Batch(s.aw2)};
-        const Batch D[2] = {eta[0] * sd - q * cd, eta[1] * sd - q * cd};
+        const Doubles sd = Lanes::All(s.sd), cd = Lanes::All(s.cd);
+        const Doubles xi[2] = {Lanes::LoadDifference(in.x, s.al1), Lanes::LoadDifference(in.x, s.al2)};
+        const Doubles y = Lanes::LoadWidened(in.y), d = Lanes::LoadWidened(in.depth);
+        const Doubles p = y * cd + d * sd;
+        const Doubles q = y * sd - d * cd;
+        const Doubles q2 = q * q;
+        const Doubles sizeOfQ = Lanes::Abs(q);
+        const Doubles eta[2] = {p - Lanes::All(s.aw1), p - Lanes::All(s.aw2)};
+        const Doubles D[2] = {eta[0] * sd - q * cd, eta[1] * sd - q * cd};
 
         // The scalar routine takes values below epsilon for 0, and what then vanishes for a special case.
-        Batch least = sizeOfQ;
+        Doubles least = sizeOfQ;
         for (std::size_t i = 0; i < 2; ++i) {
-            least = xsimd::min(least, xsimd::min(xsimd::abs(xi[i]), xsimd::abs(eta[i])));
+            least = Lanes::Min(least, Lanes::Min(Lanes::Abs(xi[i]), Lanes::Abs(eta[i])));
         }
         Corners R, rx, re, rd, rxe, inverse;
         for (std::size_t k = 0; k < 2; ++k) {
-            const Batch eta2 = eta[k] * eta[k];
+            const Doubles eta2 = eta[k] * eta[k];
             for (std::size_t j = 0; j < 2; ++j) {
-                R[k][j] = Math::Root(xi[j] * xi[j] + eta2 + q2);
+                R[k][j] = Lanes::Root(xi[j] * xi[j] + eta2 + q2);
                 rx[k][j] = R[k][j] + xi[j];
                 re[k][j] = R[k][j] + eta[k];
                 rd[k][j] = R[k][j] + D[k];
-                least = xsimd::min(least, xsimd::min(rx[k][j], re[k][j]));
+                least = Lanes::Min(least, Lanes::Min(rx[k][j], re[k][j]));
                 rxe[k][j] = R[k][j] * (rx[k][j] * re[k][j]);
                 inverse[k][j] = kNeedsRd ? rxe[k][j] * rd[k][j] : rxe[k][j];
             }
         }
-        const Batch largest = xsimd::max(xsimd::max(R[0][0], R[0][1]), xsimd::max(R[1][0], R[1][1]));
+        const Doubles largest = Lanes::Max(Lanes::Max(R[0][0], R[0][1]), Lanes::Max(R[1][0], R[1][1]));
         sums.q = q;
         // What is not a number may get past these; it does not get past the noise.
         // A depth of 0 may come out a little less.
-        sums.singular = !((least >= Batch(kKernelEpsilon)) && (xsimd::min(D[0], D[1]) > Batch(-kKernelEpsilon / 2.0)) &&
-                          (largest < Batch(kKernelLargest)));
+        const Mask isRegular =
+            Lanes::And(Lanes::And(Lanes::AtLeast(least, Lanes::All(kKernelEpsilon)),
+                                  Lanes::Less(Lanes::All(-kKernelEpsilon / 2.0), Lanes::Min(D[0], D[1]))),
+                       Lanes::Less(largest, Lanes::All(kKernelLargest)));
+        sums.singular = Lanes::Not(isRegular);
 
         // q and xi with the sign of q: the real part of Theta's number is to be positive.
-        const Batch signedXi[2] = {xsimd::copysign(Batch(1.0), q) * xi[0], xsimd::copysign(Batch(1.0), q) * xi[1]};
+        const Doubles signedXi[2] = {Lanes::CopySign(Lanes::All(1.0), q) * xi[0],
+                                     Lanes::CopySign(Lanes::All(1.0), q) * xi[1]};
         Complex theta[2][2];
         for (std::size_t k = 0; k < 2; ++k) {
             for (std::size_t j = 0; j < 2; ++j) {
@@ -265,8 +255,8 @@ private:
         const Complex first = ProductWithConjugate(theta[0][0], theta[0][1]);
         const Complex second = ProductWithConjugate(theta[1][1], theta[1][0]);
         sums.theta = Product(first, second);
-        sums.lowTurn = xsimd::min(first.im, second.im);
-        sums.highTurn = xsimd::max(first.im, second.im);
+        sums.lowTurn = Lanes::Min(first.im, second.im);
+        sums.highTurn = Lanes::Max(first.im, second.im);
         if constexpr (!kVertical) {
             sums.a = ArgumentSumOfA(s, R, xi, eta, D);
         }
@@ -279,7 +269,7 @@ private:
         Corners overR, x11, y11, overRd;
         for (std::size_t k = 0; k < 2; ++k) {
             for (std::size_t j = 0; j < 2; ++j) {
-                const Batch overRxe = kNeedsRd ? rd[k][j] * inverse[k][j] : inverse[k][j];
+                const Doubles overRxe = kNeedsRd ? rd[k][j] * inverse[k][j] : inverse[k][j];
                 x11[k][j] = re[k][j] * overRxe;
                 y11[k][j] = rx[k][j] * overRxe;
                 overR[k][j] = rx[k][j] * x11[k][j];
@@ -288,7 +278,7 @@ private:
                 }
             }
         }
-        const Batch Y[2] = {eta[0] * cd + q * sd, eta[1] * cd + q * sd};
+        const Doubles Y[2] = {eta[0] * cd + q * sd, eta[1] * cd + q * sd};
         sums.overR = Sum(overR);
         sums.y11 = Sum(y11);
         sums.dX11 = SumWithRow(D, x11);
@@ -314,24 +304,24 @@ private:
     }
 
     /// Rounds a component into `rounded`. True in the lanes where it stands clear of the scalar routine's own noise.
-    static Mask Round(const Batch& values, const Batch& noise, float* rounded) noexcept {
-        Math::Round(values, rounded);
-        return xsimd::abs(values) >= noise;
+    static Mask Round(Doubles values, Doubles noise, float* rounded) noexcept {
+        Lanes::StoreRounded(rounded, values);
+        return Lanes::AtLeast(Lanes::Abs(values), noise);
     }
 
     /// Theta(1,1) - Theta(1,2) - Theta(2,1) + Theta(2,2) from the argument of the product of all four numbers. Each
     /// lies within (-pi/2, pi/2), the differences of both pairs within (-pi, pi): the whole misses a turn just when
     /// both have one sign and it has the other.
-    static Batch Unwound(const Batch& argument, const CornerSums& f) noexcept {
-        const Batch zero(0.0);
-        const Mask up = (f.lowTurn >= zero) && (argument < zero);
-        const Mask down = (f.highTurn < zero) && (argument > zero);
-        return xsimd::select(up, argument + Batch(kKernelTwoPi),
-                             xsimd::select(down, argument - Batch(kKernelTwoPi), argument));
+    static Doubles Unwound(Doubles argument, const CornerSums& f) noexcept {
+        const Doubles zero = Lanes::All(0.0);
+        const Mask up = Lanes::And(Lanes::AtLeast(f.lowTurn, zero), Lanes::Less(argument, zero));
+        const Mask down = Lanes::And(Lanes::Less(f.highTurn, zero), Lanes::Less(zero, argument));
+        return Lanes::Select(up, argument + Lanes::All(kKernelTwoPi),
+                             Lanes::Select(down, argument - Lanes::All(kKernelTwoPi), argument));
     }
 
     struct Transcendentals {
-        Batch theta, a, logRd, logRe;
+        Doubles theta, a, logRd, logRe;
     };
 
     /// The second half of a step. True in the lanes that it could do.
@@ -360,22 +350,24 @@ private:
     template <bool kHorizontal>
     static Mask StoreInclined(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
-        const Batch sd(s.sd), cd(s.cd), a3(s.a3), strike(s.strikeSlip), dip(s.dipSlip), noise(s.noise);
-        const Batch qY11 = f.q * f.y11;
-        const Batch uzStrike = f.q * (qY11 * cd - f.overR * sd) - a3 * Batch(s.sd / s.cd) * (t.logRd - sd * t.logRe);
-        const Batch uzDip = sd * (Batch(2.0) * a3 * t.a - t.theta) - f.q * f.dX11;
+        const Doubles sd = Lanes::All(s.sd), cd = Lanes::All(s.cd), a3 = Lanes::All(s.a3),
+                      strike = Lanes::All(s.strikeSlip), dip = Lanes::All(s.dipSlip), noise = Lanes::All(s.noise);
+        const Doubles qY11 = f.q * f.y11;
+        const Doubles uzStrike =
+            f.q * (qY11 * cd - f.overR * sd) - a3 * Lanes::All(s.sd / s.cd) * (t.logRd - sd * t.logRe);
+        const Doubles uzDip = sd * (Lanes::All(2.0) * a3 * t.a - t.theta) - f.q * f.dX11;
         Mask clear = Round(strike * uzStrike + dip * uzDip, noise, u.uz);
         if constexpr (kHorizontal) {
-            const Batch overCdCd(1.0 / (s.cd * s.cd)), sdcd(s.sd * s.cd);
-            const Batch I3 = (f.yOverRd * cd - t.logRe + sd * t.logRd) * overCdCd;
-            const Batch I4 = (f.xiOverRd * sdcd + Batch(2.0) * t.a) * overCdCd;
-            const Batch uxStrike = a3 * sd * (f.xiOverRd * cd + I4 * sd) - t.theta - f.q * f.xiY11;
-            const Batch uyStrike =
+            const Doubles overCdCd = Lanes::All(1.0 / (s.cd * s.cd)), sdcd = Lanes::All(s.sd * s.cd);
+            const Doubles I3 = (f.yOverRd * cd - t.logRe + sd * t.logRd) * overCdCd;
+            const Doubles I4 = (f.xiOverRd * sdcd + Lanes::All(2.0) * t.a) * overCdCd;
+            const Doubles uxStrike = a3 * sd * (f.xiOverRd * cd + I4 * sd) - t.theta - f.q * f.xiY11;
+            const Doubles uyStrike =
                 a3 * (f.yOverRd * sdcd + sd * sd * (t.logRd + I3 * sd)) - f.q * (f.overR * cd + qY11 * sd);
-            const Batch uxDip = a3 * I3 * sdcd - f.q * f.overR;
-            const Batch uyDip = -f.q * f.yX11 - t.theta * cd - a3 * sdcd * (f.xiOverRd * cd + I4 * sd);
-            clear = clear && Round(strike * uxStrike + dip * uxDip, noise, u.ux);
-            clear = clear && Round(strike * uyStrike + dip * uyDip, noise, u.uy);
+            const Doubles uxDip = a3 * I3 * sdcd - f.q * f.overR;
+            const Doubles uyDip = -f.q * f.yX11 - t.theta * cd - a3 * sdcd * (f.xiOverRd * cd + I4 * sd);
+            clear = Lanes::And(clear, Round(strike * uxStrike + dip * uxDip, noise, u.ux));
+            clear = Lanes::And(clear, Round(strike * uyStrike + dip * uyDip, noise, u.uy));
         }
         return clear;
     }
@@ -383,19 +375,20 @@ private:
     template <bool kHorizontal>
     static Mask StoreVertical(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
-        const Batch sd(s.sd), a3(s.a3), strike(s.strikeSlip), dip(s.dipSlip), noise(s.noise);
-        const Batch uzStrike = a3 * f.yOverRd - f.q * f.overR * sd;  // the square of the sine is 1
-        const Batch uzDip = -f.q * f.dX11 - t.theta * sd;
+        const Doubles sd = Lanes::All(s.sd), a3 = Lanes::All(s.a3), strike = Lanes::All(s.strikeSlip),
+                      dip = Lanes::All(s.dipSlip), noise = Lanes::All(s.noise);
+        const Doubles uzStrike = a3 * f.yOverRd - f.q * f.overR * sd;  // the square of the sine is 1
+        const Doubles uzDip = -f.q * f.dX11 - t.theta * sd;
         Mask clear = Round(strike * uzStrike + dip * uzDip, noise, u.uz);
         if constexpr (kHorizontal) {
-            const Batch half(0.5);
-            const Batch I3 = (f.etaTerm - t.logRe) * half;
-            const Batch uxStrike = a3 * f.xiTerm * half - t.theta - f.q * f.xiY11;
-            const Batch uyStrike = a3 * (t.logRd + I3 * sd) - f.q * f.q * f.y11 * sd;
-            const Batch uxDip = -f.q * f.overR;
-            const Batch uyDip = -f.q * f.yX11;
-            clear = clear && Round(strike * uxStrike + dip * uxDip, noise, u.ux);
-            clear = clear && Round(strike * uyStrike + dip * uyDip, noise, u.uy);
+            const Doubles half = Lanes::All(0.5);
+            const Doubles I3 = (f.etaTerm - t.logRe) * half;
+            const Doubles uxStrike = a3 * f.xiTerm * half - t.theta - f.q * f.xiY11;
+            const Doubles uyStrike = a3 * (t.logRd + I3 * sd) - f.q * f.q * f.y11 * sd;
+            const Doubles uxDip = -f.q * f.overR;
+            const Doubles uyDip = -f.q * f.yX11;
+            clear = Lanes::And(clear, Round(strike * uxStrike + dip * uxDip, noise, u.ux));
+            clear = Lanes::And(clear, Round(strike * uyStrike + dip * uyDip, noise, u.uy));
         }
         return clear;
     }
@@ -403,45 +396,47 @@ private:
     /// Okada (1992), Table 2, part B, at z = 0, where c = d.
     template <bool kHorizontal>
     static Mask PointStep(const PointKernelSource& s, const SurfacePoints& in, const SurfaceDisplacements& u) noexcept {
-        const Batch sd(s.sd), cd(s.cd), two(2.0), three(3.0);
-        const Batch x = ZeroIfTiny(Math::Widened(in.x)), y = ZeroIfTiny(Math::Widened(in.y)),
-                    d = ZeroIfTiny(Math::Widened(in.depth));
-        const Batch p = y * cd + d * sd;
-        const Batch q = y * sd - d * cd;
-        const Batch x2 = x * x, y2 = y * y;
-        const Batch R2 = x2 + y2 + d * d;
-        const Batch R = xsimd::sqrt(R2);
-        const Batch rd = R + d;
-        const Mask regular = (rd >= Batch(kKernelEpsilon)) && (R < Batch(kKernelLargest));
+        const Doubles sd = Lanes::All(s.sd), cd = Lanes::All(s.cd), two = Lanes::All(2.0), three = Lanes::All(3.0);
+        const Doubles x = ZeroIfTiny(Lanes::LoadWidened(in.x)), y = ZeroIfTiny(Lanes::LoadWidened(in.y)),
+                      d = ZeroIfTiny(Lanes::LoadWidened(in.depth));
+        const Doubles p = y * cd + d * sd;
+        const Doubles q = y * sd - d * cd;
+        const Doubles x2 = x * x, y2 = y * y;
+        const Doubles R2 = x2 + y2 + d * d;
+        const Doubles R = Lanes::Sqrt(R2);
+        const Doubles rd = R + d;
+        const Mask isRegular =
+            Lanes::And(Lanes::AtLeast(rd, Lanes::All(kKernelEpsilon)), Lanes::Less(R, Lanes::All(kKernelLargest)));
 
-        const Batch inverse = Math::Inverse(R * rd);
-        const Batch overR = rd * inverse;
-        const Batch overR2 = overR * overR, overR3 = overR2 * overR;
-        const Batch overRd = R * inverse;
-        const Batch qr = three * q * overR3 * overR2;
-        const Batch along = s.strikePotency * x + s.dipPotency * p;  // of the terms with q in front
-        const Batch strike(s.strikePotency * s.a3 * s.sd), dip(s.dipPotency * s.a3 * s.sd * s.cd);
-        const Batch twoRd = (two * R + d) * overR3 * overRd * overRd;
-        const Batch I4 = -(x * y) * twoRd;
-        const Batch I5 = inverse - x2 * twoRd;
-        Math::Round((dip * I5 - strike * I4 - d * along * qr) * Batch(kKernelOverTwoPi), u.uz);
+        const Doubles inverse = Lanes::Inverse(R * rd);
+        const Doubles overR = rd * inverse;
+        const Doubles overR2 = overR * overR, overR3 = overR2 * overR;
+        const Doubles overRd = R * inverse;
+        const Doubles qr = three * q * overR3 * overR2;
+        const Doubles along = s.strikePotency * x + s.dipPotency * p;  // of the terms with q in front
+        const Doubles strike = Lanes::All(s.strikePotency * s.a3 * s.sd),
+                      dip = Lanes::All(s.dipPotency * s.a3 * s.sd * s.cd);
+        const Doubles twoRd = (two * R + d) * overR3 * overRd * overRd;
+        const Doubles I4 = -(x * y) * twoRd;
+        const Doubles I5 = inverse - x2 * twoRd;
+        Lanes::StoreRounded(u.uz, (dip * I5 - strike * I4 - d * along * qr) * Lanes::All(kKernelOverTwoPi));
         if constexpr (kHorizontal) {
-            const Batch g1 = inverse * overRd;
-            const Batch g2 = (three * R + d) * overR3 * overRd * overRd * overRd;
-            const Batch I1 = y * (g1 - x2 * g2);
-            const Batch I2 = x * (g1 - y2 * g2);
-            const Batch I3 = x * overR3 - I2;
-            Math::Round((dip * I3 - strike * I1 - x * along * qr) * Batch(kKernelOverTwoPi), u.ux);
-            Math::Round((dip * I1 - strike * I2 - y * along * qr) * Batch(kKernelOverTwoPi), u.uy);
+            const Doubles g1 = inverse * overRd;
+            const Doubles g2 = (three * R + d) * overR3 * overRd * overRd * overRd;
+            const Doubles I1 = y * (g1 - x2 * g2);
+            const Doubles I2 = x * (g1 - y2 * g2);
+            const Doubles I3 = x * overR3 - I2;
+            Lanes::StoreRounded(u.ux, (dip * I3 - strike * I1 - x * along * qr) * Lanes::All(kKernelOverTwoPi));
+            Lanes::StoreRounded(u.uy, (dip * I1 - strike * I2 - y * along * qr) * Lanes::All(kKernelOverTwoPi));
         }
-        return !regular;
+        return Lanes::Not(isRegular);
     }
 };
 
-/// Fills the table of one instruction set; called by its source.
-template <typename Arch>
+/// The table of one lane type; called by its source.
+template <typename Lanes>
 constexpr SurfaceKernels MakeSurfaceKernels() noexcept {
-    using Kernel = SurfaceKernel<Arch>;
+    using Kernel = SurfaceKernel<Lanes>;
     return {{{&Kernel::template RunFinite<false, false>, &Kernel::template RunFinite<false, true>},
              {&Kernel::template RunFinite<true, false>, &Kernel::template RunFinite<true, true>}},
             {&Kernel::template RunPoint<false>, &Kernel::template RunPoint<true>}};

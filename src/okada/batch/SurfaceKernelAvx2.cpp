@@ -1,9 +1,9 @@
-// The batched surface kernels for AVX2 and FMA.
-
 #include "okada/batch/SurfaceKernel.h"
+#include "simd/Avx2Lanes.h"
 
 namespace tidora {
 
-const SurfaceKernels kAvx2SurfaceKernels = MakeSurfaceKernels<xsimd::fma3<xsimd::avx2>>();
+template <>
+const SurfaceKernels SurfaceKernelsOf<Avx2Lanes>::kTable = MakeSurfaceKernels<Avx2Lanes>();
 
 }  // namespace tidora

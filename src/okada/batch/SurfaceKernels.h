@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "okada/batch/SurfaceBatch.h"
+#include "simd/Dispatch.h"
 
 namespace tidora {
 
@@ -42,10 +43,16 @@ struct SurfaceKernels {
     Point point[2];       ///< [with horizontal]
 };
 
-extern const SurfaceKernels kBaselineSurfaceKernels;
-#ifdef TIDORA_X86_KERNELS
-extern const SurfaceKernels kAvx2SurfaceKernels;
-extern const SurfaceKernels kAvx512SurfaceKernels;
-#endif
+/// The table of each lane type; see simd/Dispatch.h.
+template <typename Lanes>
+struct SurfaceKernelsOf {
+    static const SurfaceKernels kTable;
+};
+template <>
+const SurfaceKernels SurfaceKernelsOf<PlainLanes>::kTable;
+template <>
+const SurfaceKernels SurfaceKernelsOf<Avx2Lanes>::kTable;
+template <>
+const SurfaceKernels SurfaceKernelsOf<Avx512Lanes>::kTable;
 
 }  // namespace tidora
