@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "grid/GridSize.h"
+#include "grid/GridShape.h"
 #include "support/ErrorBlock.h"
 #include "support/TextLines.h"
 

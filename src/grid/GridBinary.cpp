@@ -5,7 +5,7 @@
 
 #include "grid/GridFile.h"
 #include "grid/GridHeader.h"
-#include "grid/GridSize.h"
+#include "grid/Transpose.h"
 #include "support/TextLines.h"
 
 namespace tidora {
@@ -25,12 +25,7 @@ bool ReadHeader(std::FILE* file, GridFile& grid) {
     if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
         return false;
     }
-    const GridHeader header = UnpackGridHeader(bytes);
-    grid.orgX = header.orgX;
-    grid.orgY = header.orgY;
-    grid.nx = header.nx;
-    grid.ny = header.ny;
-    grid.dx = header.dx;
+    grid.shape = UnpackGridHeader(bytes);
     return true;
 }
 
@@ -61,14 +56,34 @@ GridError ReadBinaryGrid(const std::string& path, GridFile& grid) {
     if (!file) {
         return GridError::CannotOpen;
     }
-    if (!ReadHeader(file.get(), grid) || !IsGridSize(grid.nx, grid.ny)) {
+    if (!ReadHeader(file.get(), grid) || !IsGridSize(grid.shape.nx, grid.shape.ny)) {
         return GridError::BadCount;
     }
-    const std::size_t count = static_cast<std::size_t>(grid.nx) * static_cast<std::size_t>(grid.ny);
+    const std::size_t count = grid.shape.Size();
     if (!CanHold(file.get(), count) || !ReadValues(file.get(), count, grid.values)) {
         return GridError::BadCount;
     }
     return GridError::None;
+}
+
+bool WriteGridHeader(std::FILE* file, const GridShape& shape) {
+    const GridHeaderBytes header = PackGridHeader(shape);
+    return std::fwrite(header.data(), 1, header.size(), file) == header.size();
+}
+
+bool WriteGridValues(std::FILE* file, const GridShape& shape, const float* values) {
+    constexpr std::size_t kBandRows = 64;  // few large writes: 64 rows of a column are four lines of the cache
+    const auto nx = static_cast<std::size_t>(shape.nx);
+    const auto ny = static_cast<std::size_t>(shape.ny);
+    std::vector<float> band(nx * std::min(kBandRows, ny));
+    for (std::size_t firstRow = 0; firstRow < ny; firstRow += kBandRows) {
+        const std::size_t rows = std::min(kBandRows, ny - firstRow);
+        Transpose(values + firstRow, nx, rows, ny, band.data());
+        if (std::fwrite(band.data(), sizeof(float), nx * rows, file) != nx * rows) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace tidora

@@ -2,41 +2,38 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <cstring>
+
+#include "grid/GridShape.h"
 
 namespace tidora {
 
-/// Header of a binary grid file.
-struct GridHeader {
-    double orgX = 0.0;
-    double orgY = 0.0;
-    std::int32_t nx = 0;
-    std::int32_t ny = 0;
-    float dx = 0.0F;
-};
+// The format is little-endian; values are copied as the machine holds them.
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "binary grids are read and written on little-endian machines");
 
-/// On disk, in native byte order and without padding: org_x at 0, org_y at 8, nx at 16, ny at 20, dx at 24.
+/// Header of a binary grid file, without padding: org_x at 0, org_y at 8 (double), nx at 16, ny at 20 (int32), dx at 24
+/// (float).
 inline constexpr std::size_t kGridHeaderSize = 28;
 using GridHeaderBytes = std::array<unsigned char, kGridHeaderSize>;
 
-[[nodiscard]] inline GridHeader UnpackGridHeader(const GridHeaderBytes& bytes) noexcept {
-    GridHeader header;
-    std::memcpy(&header.orgX, bytes.data(), sizeof header.orgX);
-    std::memcpy(&header.orgY, bytes.data() + 8, sizeof header.orgY);
-    std::memcpy(&header.nx, bytes.data() + 16, sizeof header.nx);
-    std::memcpy(&header.ny, bytes.data() + 20, sizeof header.ny);
-    std::memcpy(&header.dx, bytes.data() + 24, sizeof header.dx);
-    return header;
+[[nodiscard]] inline GridShape UnpackGridHeader(const GridHeaderBytes& bytes) noexcept {
+    GridShape shape;
+    std::memcpy(&shape.orgX, bytes.data(), sizeof shape.orgX);
+    std::memcpy(&shape.orgY, bytes.data() + 8, sizeof shape.orgY);
+    std::memcpy(&shape.nx, bytes.data() + 16, sizeof shape.nx);
+    std::memcpy(&shape.ny, bytes.data() + 20, sizeof shape.ny);
+    std::memcpy(&shape.dx, bytes.data() + 24, sizeof shape.dx);
+    return shape;
 }
 
-[[nodiscard]] inline GridHeaderBytes PackGridHeader(const GridHeader& header) noexcept {
+[[nodiscard]] inline GridHeaderBytes PackGridHeader(const GridShape& shape) noexcept {
+    static_assert(sizeof shape.nx == 4 && sizeof shape.ny == 4);
     GridHeaderBytes bytes{};
-    std::memcpy(bytes.data(), &header.orgX, sizeof header.orgX);
-    std::memcpy(bytes.data() + 8, &header.orgY, sizeof header.orgY);
-    std::memcpy(bytes.data() + 16, &header.nx, sizeof header.nx);
-    std::memcpy(bytes.data() + 20, &header.ny, sizeof header.ny);
-    std::memcpy(bytes.data() + 24, &header.dx, sizeof header.dx);
+    std::memcpy(bytes.data(), &shape.orgX, sizeof shape.orgX);
+    std::memcpy(bytes.data() + 8, &shape.orgY, sizeof shape.orgY);
+    std::memcpy(bytes.data() + 16, &shape.nx, sizeof shape.nx);
+    std::memcpy(bytes.data() + 20, &shape.ny, sizeof shape.ny);
+    std::memcpy(bytes.data() + 24, &shape.dx, sizeof shape.dx);
     return bytes;
 }
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "grid/GridFile.h"
-#include "grid/GridSize.h"
+#include "grid/GridShape.h"
 #include "support/TextLines.h"
 
 namespace tidora {
@@ -18,8 +18,8 @@ bool ReadSizeLine(const char* line, GridFile& grid) {
     if (tokens.size() != 2) {
         return false;
     }
-    grid.nx = LenientInt(tokens[0].c_str());
-    grid.ny = LenientInt(tokens[1].c_str());
+    grid.shape.nx = LenientInt(tokens[0].c_str());
+    grid.shape.ny = LenientInt(tokens[1].c_str());
     return true;
 }
 
@@ -29,8 +29,8 @@ bool ReadExtentLine(const char* line, GridFile& grid) {
     if (tokens.size() < 4) {
         return false;
     }
-    grid.orgX = LenientDouble(tokens[0].c_str());
-    grid.orgY = LenientDouble(tokens[1].c_str());
+    grid.shape.orgX = LenientDouble(tokens[0].c_str());
+    grid.shape.orgY = LenientDouble(tokens[1].c_str());
     grid.endX = LenientDouble(tokens[2].c_str());
     grid.endY = LenientDouble(tokens[3].c_str());
     return true;
@@ -58,8 +58,8 @@ void AppendValues(const char* line, std::vector<float>& values) {
 /// two characters.
 void ReserveValues(std::FILE* file, GridFile& grid) {
     const std::optional<std::uint64_t> size = RegularFileSize(file);
-    if (size && IsGridSize(grid.nx, grid.ny)) {
-        const auto promised = static_cast<std::uint64_t>(std::int64_t{grid.nx} * grid.ny);
+    if (size && IsGridSize(grid.shape.nx, grid.shape.ny)) {
+        const auto promised = static_cast<std::uint64_t>(std::int64_t{grid.shape.nx} * grid.shape.ny);
         grid.values.reserve(static_cast<std::size_t>(std::min(promised, *size / 2 + 1)));
     }
 }
@@ -96,12 +96,16 @@ GridError ReadTextGrid(const std::string& path, GridFile& grid) {
             lineCount = 3;
         }
     }
-    if (lineCount < 2) {
+    if (lineCount < 2 || grid.shape.nx < 1 || grid.shape.ny < 1 || grid.values.empty()) {
         return GridError::BadCount;
     }
-    grid.dx = Spacing(grid.orgX, grid.endX, grid.nx);
-    grid.dy = Spacing(grid.orgY, grid.endY, grid.ny);
-    return grid.dx == grid.dy ? GridError::None : GridError::UnequalSpacing;
+    grid.shape.dx = Spacing(grid.shape.orgX, grid.endX, grid.shape.nx);
+    grid.dy = Spacing(grid.shape.orgY, grid.endY, grid.shape.ny);
+    if (!(grid.shape.dx == grid.dy)) {  // also where one is not a number
+        return GridError::UnequalSpacing;
+    }
+    const bool hasAllValues = IsGridSize(grid.shape.nx, grid.shape.ny) && grid.values.size() == grid.shape.Size();
+    return hasAllValues ? GridError::None : GridError::BadCount;
 }
 
 }  // namespace tidora

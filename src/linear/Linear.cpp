@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "grid/GridSize.h"
+#include "grid/GridShape.h"
 
 namespace tidora {
 namespace {
@@ -19,15 +19,10 @@ struct BandLine {
     double lx, ly;  ///< extent
 };
 
-/// index * dx in single precision on purpose, widened before the sum: as every position of a grid is formed.
-double Offset(int index, float dx) noexcept {
-    return static_cast<double>(static_cast<float>(index) * dx);
-}
-
-BandLine LineOf(int nx, int ny, double orgX, double orgY, float dx, double diameter) noexcept {
-    const double x = Offset(nx - 1, dx) + orgX - diameter;
+BandLine LineOf(const GridShape& grid, double diameter) noexcept {
+    const double x = grid.X(grid.nx - 1) - diameter;
     // Differences of equal terms: 0 for a finite co-ordinate, not a number otherwise, and then nothing is raised.
-    return {x, orgY, x - x, (Offset(ny - 1, dx) + orgY) - orgY};
+    return {x, grid.orgY, x - x, grid.Y(grid.ny - 1) - grid.orgY};
 }
 
 /// Distance of the point (px, py) from the line, both relative to its south end. Not a number for a point beside no
@@ -69,12 +64,13 @@ bool Linear::LinearTdr2D(int nx, int ny, double org_x, double org_y, float dx, c
     }
     InstantVal2d& first = instants.front();
     assert(first.num == static_cast<std::uint64_t>(std::int64_t{nx} * ny));
-    const BandLine line = LineOf(nx, ny, org_x, org_y, dx, diameter);
+    const GridShape grid = {nx, ny, org_x, org_y, dx};
+    const BandLine line = LineOf(grid, diameter);
     std::uint64_t at = 0;
     for (int ix = 0; ix < nx; ++ix) {
-        const double px = (Offset(ix, dx) + org_x) - line.x;
+        const double px = grid.X(ix) - line.x;
         for (int iy = 0; iy < ny && at < first.num; ++iy, ++at) {
-            const double py = (Offset(iy, dx) + org_y) - line.y;
+            const double py = grid.Y(iy) - line.y;
             first.val[at] += BandHeight(*this, DistanceFrom(line, px, py));
         }
     }

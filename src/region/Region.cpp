@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "grid/GridSize.h"
+#include "grid/GridShape.h"
 
 namespace tidora {
 namespace {
@@ -80,6 +80,10 @@ void Region::FreeVecMem() {
 
 int Region::TempMethod() {
     return 1;
+}
+
+GridShape ShapeOf(const Region& region) noexcept {
+    return {region.nx, region.ny, region.org_x, region.org_y, region.dx};
 }
 
 int isSameRegion(const Region* a, const Region* b) {

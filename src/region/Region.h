@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config/ConfReader.h"
+#include "grid/GridShape.h"
 #include "grid/InstantVal2d.h"
 
 namespace tidora {
@@ -65,8 +66,9 @@ public:
     /// Takes over a grid's geometry; `d` is rounded to single precision. `dataNum` becomes nx * ny wrapped to 32 bits.
     void Set2dStruct(int columns, int rows, double orgX, double orgY, double d);
 
-    /// Allocates `val` with nx * ny values, all `constVal` (or `v`) rounded to single precision, and returns it. With
-    /// nx or ny below 1 nothing is filled. Throws std::bad_array_new_length when nx * ny is negative or beyond 32 bits.
+    /// Allocates `val` with nx * ny values, all `constVal` (or `v`) rounded to single precision, and returns it. The
+    /// array that this region had is freed: copies that share it are then invalid. With nx or ny below 1 nothing is
+    /// filled. Throws std::bad_array_new_length when nx * ny is negative or beyond 32 bits.
     float* Make2dStruct();
     float* Make2dStruct(double v);
 
@@ -77,7 +79,8 @@ public:
     static int TempMethod();
 
     /// Reads the grid named by `inFileName`: binary when the name holds ".bin" at a position other than 0, else text.
-    /// Prints a summary. Returns 1; or 0 after a framed block on standard error, `val` then being unchanged.
+    /// Prints a summary. Returns 1, the array that `val` had being freed (copies that share it are then invalid); or 0
+    /// after a framed block on standard error, `val` then being unchanged.
     int ReadFile();
 
     /// Writes snapshot k of `instants` for every interval k of `dp` to a binary grid of its own in `dir`, then the list
@@ -105,6 +108,9 @@ public:
                              float pdx, const std::vector<InstantVal2d>& parentA,
                              const std::vector<InstantVal2d>& parentB);
 };
+
+/// Where the grid of a region lies.
+[[nodiscard]] GridShape ShapeOf(const Region& region) noexcept;
 
 /// 1 when both grids have the same nx, ny, org_x and org_y to the last bit, else 0. The spacing is not compared.
 int isSameRegion(const Region* a, const Region* b);

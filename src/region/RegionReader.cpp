@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "grid/GridFile.h"
-#include "grid/GridSize.h"
+#include "grid/GridShape.h"
 #include "grid/Transpose.h"
 #include "region/Region.h"
 #include "support/ErrorBlock.h"
@@ -38,8 +38,10 @@ void SetExtremes(const std::vector<float>& values, Region& region) noexcept {
 
 /// From file order, iy * nx + ix, to grid order, ix * ny + iy.
 float* TransposedCopy(const GridFile& grid) {
+    const auto nx = static_cast<std::size_t>(grid.shape.nx);
+    const auto ny = static_cast<std::size_t>(grid.shape.ny);
     float* const val = new float[grid.values.size()];
-    Transpose(grid.values.data(), static_cast<std::size_t>(grid.ny), static_cast<std::size_t>(grid.nx), val);
+    Transpose(grid.values.data(), ny, nx, nx, val);
     return val;
 }
 
@@ -91,45 +93,42 @@ GridError ReadGrid(Region& region, GridFile& grid) {
     return ReadTextGrid(region.inFileName, grid);
 }
 
+void TakeGeometry(const GridFile& grid, Region& region) noexcept {
+    region.nx = grid.shape.nx;
+    region.ny = grid.shape.ny;
+    region.org_x = grid.shape.orgX;
+    region.org_y = grid.shape.orgY;
+    region.end_x = grid.endX;
+    region.end_y = grid.endY;
+    region.dx = grid.shape.dx;
+    region.dy = grid.dy;
+}
+
+/// The number of values and their extremes are known before their number is compared with the size.
+void TakeMeasures(const GridFile& grid, Region& region) noexcept {
+    region.dataNum = static_cast<std::int64_t>(grid.values.size());
+    if (!grid.values.empty()) {
+        SetExtremes(grid.values, region);
+    }
+}
+
 }  // namespace
 
 int Region::ReadFile() {
     std::cout << "\n>>>>>>>>>>>>>>>>>> Region Input:" << inFileName << std::endl;
 
-    GridFile grid;  // starts from the fields that a file may not carry
-    grid.nx = nx;
-    grid.ny = ny;
-    grid.orgX = org_x;
-    grid.orgY = org_y;
-    grid.endX = end_x;
-    grid.endY = end_y;
-    grid.dx = dx;
-    grid.dy = dy;
-    GridError error = ReadGrid(*this, grid);
-    nx = grid.nx;
-    ny = grid.ny;
-    org_x = grid.orgX;
-    org_y = grid.orgY;
-    end_x = grid.endX;
-    end_y = grid.endY;
-    dx = grid.dx;
-    dy = grid.dy;
-
-    if (error == GridError::None) {
-        dataNum = static_cast<std::int64_t>(grid.values.size());
-        if (!grid.values.empty()) {
-            SetExtremes(grid.values, *this);
-        }
-        if (!IsGridSize(nx, ny) || dataNum != std::int64_t{nx} * ny) {
-            error = GridError::BadCount;
-        }
+    GridFile grid = {ShapeOf(*this), end_x, end_y, dy, {}};  // a file keeps the fields that it does not carry
+    const GridError error = ReadGrid(*this, grid);
+    TakeGeometry(grid, *this);
+    const bool isTextOfWrongCount = error == GridError::BadCount && !IsBinaryGridName(inFileName);
+    if (error == GridError::None || isTextOfWrongCount) {
+        TakeMeasures(grid, *this);
     }
     if (error != GridError::None) {
         ReportReadError(error, *this);
         return 0;
     }
-    float* const fresh = TransposedCopy(grid);
-    delete[] std::exchange(val, fresh);
+    delete[] std::exchange(val, TransposedCopy(grid));
     PrintSummary(*this);
     return 1;
 }

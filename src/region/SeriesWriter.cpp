@@ -7,8 +7,9 @@
 #include <vector>
 
 #include "fault/DynamicParam.h"
-#include "region/GridOutput.h"
+#include "grid/GridFile.h"
 #include "region/Region.h"
+#include "region/RegionWriting.h"
 #include "support/ReplacingFile.h"
 
 namespace tidora {
@@ -23,8 +24,8 @@ int WholeSeconds(double seconds) noexcept {
 
 bool WriteSnapshot(const std::string& path, const Region& region, const InstantVal2d& snapshot) {
     ReplacingFile file(path);
-    return file.IsOpen() && WriteGridHeader(file.Stream(), region) &&
-           WriteGridValues(file.Stream(), region, snapshot.val) && file.Commit();
+    return file.IsOpen() && WriteGridHeader(file.Stream(), ShapeOf(region)) &&
+           WriteGridValues(file.Stream(), ShapeOf(region), snapshot.val) && file.Commit();
 }
 
 /// One line per snapshot: start and length of its interval, and its path.

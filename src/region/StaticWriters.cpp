@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "grid/GridSize.h"
-#include "region/GridOutput.h"
+#include "grid/GridFile.h"
+#include "grid/GridShape.h"
 #include "region/Region.h"
+#include "region/RegionWriting.h"
 #include "support/ErrorBlock.h"
 #include "support/ReplacingFile.h"
 
@@ -32,8 +33,9 @@ WriteError WriteBinGrid(const Region& region) {
         return WriteError::CannotWrite;
     }
     PrintBinShape(region);
-    const bool isWritten = WriteGridHeader(file.Stream(), region) &&
-                           (!withValues || WriteGridValues(file.Stream(), region, region.val)) && file.Commit();
+    const bool isWritten = WriteGridHeader(file.Stream(), ShapeOf(region)) &&
+                           (!withValues || WriteGridValues(file.Stream(), ShapeOf(region), region.val)) &&
+                           file.Commit();
     return isWritten ? WriteError::None : WriteError::CannotWrite;
 }
 

@@ -67,6 +67,19 @@ TEST_CASE("a text grid with a malformed header is refused with the block of code
     }
 }
 
+TEST_CASE("a text grid without values leaves a region that counts none, whatever it counted before") {
+    for (const char* text : {"", "2 2\n", "2 2\n0 0 1 1\n", "2 2\n0 0 5 1\n# 1 2 3 4\n"}) {
+        CAPTURE(text);
+        const ScratchFolder folder;
+        tidora::Region region;
+        region.inFileName = folder.Write("grid.txt", text);
+        region.dataNum = 99;
+        const PrintedText printed;
+        CHECK(region.ReadFile() == 0);
+        CHECK(region.dataNum == 0);
+    }
+}
+
 struct BadCount {
     std::string why;
     const char* text;
@@ -77,6 +90,9 @@ const BadCount kBadCounts[] = {
     {"an empty file", "", "0", "0"},
     {"a file of comments only", "# one\n# two\n", "0", "0"},
     {"a size line alone", "2 2\n", "2", "2"},
+    {"no columns, and spacings that differ: the size comes first", "0 2\n0 0 5 1\n1 2\n", "0", "2"},
+    {"no rows, and spacings that differ: the size comes first", "2 0\n0 0 5 1\n1 2\n", "2", "0"},
+    {"no values, and spacings that differ: the values come first", "2 2\n0 0 5 1\n", "2", "2"},
     {"the size line of a single column alone", "1 2\n", "1", "2"},
     {"a header without any value", "2 2\n0 0 1 1\n", "2", "2"},
     {"a header and a comment", "2 2\n0 0 1 1\n# no value\n", "2", "2"},

@@ -24,12 +24,6 @@ template <typename... Arguments>
     return text;
 }
 
-/// Writes the 28-byte header of a binary grid: the region's geometry.
-[[nodiscard]] bool WriteGridHeader(std::FILE* file, const Region& region);
-
-/// Writes nx * ny values, given in grid order (ix * ny + iy), in file order: row by row from the south, x fastest.
-[[nodiscard]] bool WriteGridValues(std::FILE* file, const Region& region, const float* values);
-
 /// Error block of the writers of binary grids.
 void ReportBinError(WriteError error, const Region& region);
 
