@@ -1,126 +1,152 @@
-// The passes over a column. Included by one source per instruction set, which names the table it becomes with
-// TIDORA_COLUMN_KERNELS: the loops are plain, so that the compiler makes vectors of the width that it is told.
-// Everything is local to that source, and nothing from the standard library is used: no instruction of one set may
+#pragma once
+
+// The passes over a column as plain loops: the compiler makes vectors of the width that it is told, and finds nothing
+// that operations on lanes would do better. They are members of a template over the lane type all the same, so that
+// each source compiles functions of its own; nothing of the standard library is used, and no instruction of one set can
 // reach another.
 
-#include "deform/ColumnKernels.h"
+#include "deform/ColumnPasses.h"
+#include "simd/FloatingPointRules.h"
 
-// Each source that includes this is to have definitions of its own.
-// NOLINTBEGIN(misc-definitions-in-headers)
 namespace tidora {
-namespace {
 
-std::size_t Place(const ElementFrame& frame, const double* __restrict x, const double* __restrict y, std::size_t count,
-                  float limit, const PlacedPoints& placed) {
-    float* const __restrict px = placed.x;
-    float* const __restrict py = placed.y;
-    float* const __restrict centroidX = placed.centroidX;
-    float* const __restrict centroidY = placed.centroidY;
-    float* const __restrict distance = placed.distance;
-    const ElementFrame f = frame;
-    int within = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float east = static_cast<float>(x[i] - f.originX);
-        const float north = static_cast<float>(y[i] - f.originY);
-        px[i] = f.cosine * east - f.sine * north;
-        py[i] = f.sine * east + f.cosine * north;
-        centroidX[i] = static_cast<float>(static_cast<double>(px[i]) - f.halfLength);
-        centroidY[i] = static_cast<float>(static_cast<double>(py[i]) + f.halfWidth);
-        distance[i] = __builtin_sqrtf(centroidX[i] * centroidX[i] + centroidY[i] * centroidY[i]);
-        within += distance[i] <= limit ? 1 : 0;
-    }
-    return static_cast<std::size_t>(within);
-}
-
-void EdgeDepths(const float* __restrict topography, double offset, std::size_t count, float* __restrict depth) {
-    for (std::size_t i = 0; i < count; ++i) {
-        const double below = static_cast<double>(topography[i]) + offset;
-        depth[i] = static_cast<float>(below > 0.0 ? below : 0.0);
-    }
-}
-
-std::size_t CountNear(const GreatCircleTest& test, std::size_t count) {
-    const double* const __restrict sine = test.sine;
-    const double* const __restrict cosine = test.cosine;
-    const GreatCircleTest t = test;
-    long long near = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-        near += cosine[i] * t.cosineFactor + sine[i] * t.sineFactor > t.limit ? 1 : 0;
-    }
-    return static_cast<std::size_t>(near);
-}
-
-/// East and north in the frame of the element times the slopes -d(topography)/dx and -d(topography)/dy.
-float UpliftAt(const SlopedColumn& c, float here, float ux, float uy, float slopeX, float slopeY) {
-    const float east = c.cosine * ux + c.sine * uy;
-    const float north = -c.sine * ux + c.cosine * uy;
-    return here < c.shallowest ? east * slopeX + north * slopeY : 0.0F;
-}
-
-/// Slopes are central, one-sided at the ends, and 0 where an axis has one point. Single precision throughout.
-void UpliftBySlope(const SlopedColumn& column, const float* __restrict ux, const float* __restrict uy,
-                   std::size_t count, float* __restrict uplift) {
-    const SlopedColumn c = column;
-    const auto slopeX = [&c](std::size_t i) {
-        return c.isSingle ? 0.0F : -(c.after[i] - c.before[i]) / c.acrossSpacing;
-    };
-    const auto atEnd = [&](std::size_t i) {
-        const int row = c.firstRow + static_cast<int>(i);
-        float slopeY = 0.0F;
-        if (c.rowCount > 1) {
-            const float* const from = c.here + i - (row > 0 ? 1 : 0);
-            const float* const to = c.here + i + (row + 1 < c.rowCount ? 1 : 0);
-            slopeY = -(*to - *from) / (to - from == 2 ? 2.0F * c.dx : c.dx);
+template <typename Lanes>
+struct ColumnLoops {
+    static std::size_t Place(const ElementFrame& frame, const double* __restrict x, const double* __restrict y,
+                             std::size_t count, float limit, const PlacedPoints& placed) {
+        float* const __restrict px = placed.x;
+        float* const __restrict py = placed.y;
+        float* const __restrict centroidX = placed.centroidX;
+        float* const __restrict centroidY = placed.centroidY;
+        float* const __restrict distance = placed.distance;
+        const ElementFrame f = frame;
+        int within = 0;  // of 32 bits, as the distances: a wider sum would halve the width of the loop
+        for (std::size_t i = 0; i < count; ++i) {
+            const float east = static_cast<float>(x[i] - f.originX);
+            const float north = static_cast<float>(y[i] - f.originY);
+            px[i] = f.cosine * east - f.sine * north;
+            py[i] = f.sine * east + f.cosine * north;
+            centroidX[i] = static_cast<float>(static_cast<double>(px[i]) - f.halfLength);
+            centroidY[i] = static_cast<float>(static_cast<double>(py[i]) + f.halfWidth);
+            distance[i] = __builtin_sqrtf(centroidX[i] * centroidX[i] + centroidY[i] * centroidY[i]);
+            within += distance[i] <= limit ? 1 : 0;
         }
-        uplift[i] = UpliftAt(c, c.here[i], ux[i], uy[i], slopeX(i), slopeY);
-    };
-    if (count == 0) {
-        return;
+        return static_cast<std::size_t>(within);
     }
-    atEnd(0);
-    const float twoSteps = 2.0F * c.dx;
-    const float* const __restrict here = c.here;
-    for (std::size_t i = 1; i + 1 < count; ++i) {
-        uplift[i] = UpliftAt(c, here[i], ux[i], uy[i], slopeX(i), -(here[i + 1] - here[i - 1]) / twoSteps);
-    }
-    if (count > 1) {
-        atEnd(count - 1);
-    }
-}
 
-float Largest(const float* __restrict values, std::size_t count, float atLeast) {
-    constexpr std::size_t kSide = 32;  // as many maxima side by side: the loop makes vectors
-    float largest[kSide];
-    for (float& value : largest) {
-        value = atLeast;
-    }
-    std::size_t i = 0;
-    for (; i + kSide <= count; i += kSide) {
-        for (std::size_t lane = 0; lane < kSide; ++lane) {
-            largest[lane] = values[i + lane] > largest[lane] ? values[i + lane] : largest[lane];
+    /// A distance that is not a number is beyond no limit, and within none either.
+    static void Sort(const SourceLimits& limits, const float* __restrict distance,
+                     const std::uint8_t* __restrict isNear, std::size_t count, SourceKind* __restrict kinds) {
+        const SourceLimits l = limits;
+        std::uint8_t* const __restrict codes = reinterpret_cast<std::uint8_t*>(kinds);
+        for (std::size_t i = 0; i < count; ++i) {
+            const bool isBeyond = distance[i] > l.point;
+            const bool isFinite = l.isFiniteOnly | (distance[i] <= l.finite);
+            codes[i] = static_cast<std::uint8_t>(isBeyond ? 0 : (isFinite ? 1 : 2));
+        }
+        if (isNear != nullptr) {
+            for (std::size_t i = 0; i < count; ++i) {
+                codes[i] = isNear[i] == 0 ? std::uint8_t{0} : codes[i];
+            }
         }
     }
-    for (; i < count; ++i) {
-        largest[0] = values[i] > largest[0] ? values[i] : largest[0];
-    }
-    for (std::size_t half = kSide / 2; half > 0; half /= 2) {
-        for (std::size_t lane = 0; lane < half; ++lane) {
-            largest[lane] = largest[lane + half] > largest[lane] ? largest[lane + half] : largest[lane];
+
+    static void Depths(double offset, double below, const float* __restrict topography, std::size_t count,
+                       float* __restrict depth) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const double ofEdge = static_cast<double>(topography[i]) + offset;
+            depth[i] = static_cast<float>((ofEdge > 0.0 ? ofEdge : 0.0) + below);
         }
     }
-    return largest[0];
-}
 
-void Add(float share, const float* __restrict values, std::size_t count, float* __restrict sum) {
-    for (std::size_t i = 0; i < count; ++i) {
-        sum[i] += share * values[i];
+    static std::size_t MarkNear(const GreatCircleTest& test, std::size_t count, std::uint8_t* __restrict isNear) {
+        const double* const __restrict sine = test.sine;
+        const double* const __restrict cosine = test.cosine;
+        const GreatCircleTest t = test;
+        long long undecided = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const double beyondLimit = cosine[i] * t.cosineFactor + sine[i] * t.sineFactor - t.limit;
+            isNear[i] = beyondLimit > 0.0 ? 1 : 0;
+            undecided += __builtin_fabs(beyondLimit) > t.margin ? 0 : 1;  // also where it is not a number
+        }
+        return static_cast<std::size_t>(undecided);
     }
+
+    /// Slopes are central, one-sided at the ends, and 0 where an axis has one point. Single precision throughout.
+    static void UpliftBySlope(const SlopedColumn& column, const float* __restrict ux, const float* __restrict uy,
+                              std::size_t count, float* __restrict uplift) {
+        const SlopedColumn c = column;
+        const auto slopeX = [&c](std::size_t i) {
+            return c.isSingle ? 0.0F : -(c.after[i] - c.before[i]) / c.acrossSpacing;
+        };
+        const auto atEnd = [&](std::size_t i) {
+            const int row = c.firstRow + static_cast<int>(i);
+            float slopeY = 0.0F;
+            if (c.rowCount > 1) {
+                const float* const from = c.here + i - (row > 0 ? 1 : 0);
+                const float* const to = c.here + i + (row + 1 < c.rowCount ? 1 : 0);
+                slopeY = -(*to - *from) / (to - from == 2 ? 2.0F * c.dx : c.dx);
+            }
+            uplift[i] = UpliftAt(c, c.here[i], ux[i], uy[i], slopeX(i), slopeY);
+        };
+        if (count == 0) {
+            return;
+        }
+        atEnd(0);
+        const float twoSteps = 2.0F * c.dx;
+        const float* const __restrict here = c.here;
+        for (std::size_t i = 1; i + 1 < count; ++i) {
+            uplift[i] = UpliftAt(c, here[i], ux[i], uy[i], slopeX(i), -(here[i + 1] - here[i - 1]) / twoSteps);
+        }
+        if (count > 1) {
+            atEnd(count - 1);
+        }
+    }
+
+    static float Largest(const float* __restrict values, std::size_t count, float atLeast) {
+        constexpr std::size_t kSide = 32;  // as many maxima side by side: the loop makes vectors
+        float largest[kSide];
+        for (float& value : largest) {
+            value = atLeast;
+        }
+        std::size_t i = 0;
+        for (; i + kSide <= count; i += kSide) {
+            for (std::size_t lane = 0; lane < kSide; ++lane) {
+                largest[lane] = values[i + lane] > largest[lane] ? values[i + lane] : largest[lane];
+            }
+        }
+        for (; i < count; ++i) {
+            largest[0] = values[i] > largest[0] ? values[i] : largest[0];
+        }
+        for (std::size_t half = kSide / 2; half > 0; half /= 2) {
+            for (std::size_t lane = 0; lane < half; ++lane) {
+                largest[lane] = largest[lane + half] > largest[lane] ? largest[lane + half] : largest[lane];
+            }
+        }
+        return largest[0];
+    }
+
+    static void Add(float share, const float* __restrict values, std::size_t count, float* __restrict sum) {
+        for (std::size_t i = 0; i < count; ++i) {
+            sum[i] += share * values[i];
+        }
+    }
+
+private:
+    /// East and north in the frame of the element times the slopes -d(topography)/dx and -d(topography)/dy.
+    static float UpliftAt(const SlopedColumn& c, float here, float ux, float uy, float slopeX, float slopeY) {
+        const float east = c.cosine * ux + c.sine * uy;
+        const float north = -c.sine * ux + c.cosine * uy;
+        return here < c.shallowest ? east * slopeX + north * slopeY : 0.0F;
+    }
+};
+
+/// The table of one lane type; called by its source.
+template <typename Lanes>
+constexpr ColumnPasses MakeColumnPasses() noexcept {
+    using Loops = ColumnLoops<Lanes>;
+    return {&Loops::Place,         &Loops::Sort,    &Loops::Depths, &Loops::MarkNear,
+            &Loops::UpliftBySlope, &Loops::Largest, &Loops::Add};
 }
-
-}  // namespace
-
-extern const ColumnKernels TIDORA_COLUMN_KERNELS;
-const ColumnKernels TIDORA_COLUMN_KERNELS = {&Place, &EdgeDepths, &CountNear, &UpliftBySlope, &Largest, &Add};
 
 }  // namespace tidora
-// NOLINTEND(misc-definitions-in-headers)

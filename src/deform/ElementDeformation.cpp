@@ -1,189 +1,198 @@
 #include "deform/ElementDeformation.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace tidora {
 namespace {
 
-/// A block of fewer points waits for others: it would leave lanes empty.
-constexpr std::size_t kWholeBlock = 64;
+/// A shorter stretch waits for others: setting up a source costs as much as some ten points, and the last vector of
+/// every call is on average half empty.
+constexpr std::size_t kLongStretch = 32;
 
 }  // namespace
 
-ElementDeformation::ElementDeformation(const FAULT_PARAM& element, std::size_t elementCount,
-                                       const DeformSettings& settings, const DeformedGrid& grid,
-                                       ElementBuffers& buffers)
-    : m_element(element),
-      m_settings(settings),
-      m_grid(grid),
+ElementDeformation::ElementDeformation(const ElementSource& source, const SourceReach& reach, const ElementDepth& depth,
+                                       const SlopeTerm& slope, const SeaFloor& floor, ElementBuffers& buffers) noexcept
+    : m_source(source),
+      m_reach(reach),
+      m_depth(depth),
+      m_slope(slope),
+      m_floor(floor),
       m_buffers(buffers),
-      m_kernels(ColumnKernelsOf(CurrentInstructionSet())),
-      m_slip(MakeElementSource(element, settings.alpha)),
-      m_reach(MakeSourceReach(element, m_slip, settings.tolerance, elementCount)),
-      m_finiteSource(FiniteSourceOf(m_slip)),
-      m_pointSource(PointSourceOf(m_slip)),
-      m_depthFromGrid(elementCount > 1),
-      m_depth(element.depth) {}
-
-ElementPlace ElementDeformation::Place() const noexcept {
-    // The centroid lies half a length along strike and half the horizontal part of the width to the right of it.
-    const double along = m_slip.length / 2.0;
-    const double left = -m_slip.cosDip * m_slip.width / 2.0;
-    const auto sine = static_cast<double>(m_slip.sinTheta);
-    const auto cosine = static_cast<double>(m_slip.cosTheta);
-    const PlanePoint toCentroid = {cosine * along + sine * left, -sine * along + cosine * left};
-    return {m_element, toCentroid, static_cast<double>(m_reach.point)};
-}
+      m_passes(DispatchedKernels<ColumnPassesOf>()),
+      m_lastEdgeDepth(depth.depth) {}
 
 float ElementDeformation::AddTo(const std::vector<IntervalShare>& shares, GridPlane& plane, const PlanePoint& origin,
                                 const GridWindow& window) {
     m_shares = &shares;
-    const ElementFrame frame = {
-        origin.x, origin.y, m_slip.sinTheta, m_slip.cosTheta, m_slip.length / 2.0, m_slip.cosDip * m_slip.width / 2.0};
+    ElementBuffers& b = m_buffers;
+    const ElementFrame frame = {origin.x,
+                                origin.y,
+                                m_source.sinTheta,
+                                m_source.cosTheta,
+                                m_source.CentroidAlongStrike(),
+                                m_source.CentroidToRight()};
+    // Points within this take the finite source whatever else is compared.
     const float finiteReach = m_reach.isSwitched ? std::min(m_reach.finite, m_reach.point) : m_reach.point;
     for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
         const ColumnPlaces places = plane.Column(ix, window);
-        for (std::size_t from = 0; from < window.Rows(); from += Buffers::kPoints) {
+        for (std::size_t from = 0; from < window.Rows(); from += ElementBuffers::kPoints) {
             const int firstRow = window.firstRow + static_cast<int>(from);
-            const Block block = {ix, firstRow, std::min(Buffers::kPoints, window.Rows() - from),
-                                 m_grid.Index(ix, firstRow)};
-            const PlacedPoints placed = {m_buffers.x.data(), m_buffers.y.data(), m_buffers.centroidX.data(),
-                                         m_buffers.centroidY.data(), m_buffers.distance.data()};
-            const std::size_t within =
-                m_kernels.place(frame, places.x + from, places.y + from, block.count, finiteReach, placed);
-            if (places.isNear == nullptr && within == block.count && block.count >= kWholeBlock) {
-                AddBlock(block);
-            } else {
-                SortPoints(block, places.isNear == nullptr ? nullptr : places.isNear + from);
-                QueuePoints(block);
-            }
+            const Stretch block = {ix, firstRow, std::min(ElementBuffers::kPoints, window.Rows() - from),
+                                   m_floor.grid.Index(ix, firstRow)};
+            const std::size_t within = m_passes.place(frame, places.x + from, places.y + from, block.count, finiteReach,
+                                                      {b.x, b.y, b.centroidX, b.centroidY, b.distance});
+            AddBlock(block, within, places.isNear == nullptr ? nullptr : places.isNear + from);
         }
     }
-    Flush(m_buffers.finite, true);
-    Flush(m_buffers.point, false);
+    Flush(b.finite, SourceKind::Finite);
+    Flush(b.point, SourceKind::Point);
     return m_largest;
 }
 
-/// A block of finite sources throughout is evaluated where it stands.
-void ElementDeformation::AddBlock(const Block& block) {
-    Buffers& b = m_buffers;
-    if (m_depthFromGrid) {
-        m_kernels.edgeDepths(m_grid.topo + block.at, m_element.baseOffset, block.count, b.edgeDepth.data());
-        m_depth = EdgeDepth(block.at + block.count - 1);
+/// Cuts a block into stretches of one kind of source. isNear: null when all points are.
+void ElementDeformation::AddBlock(const Stretch& block, std::size_t withinFinite, const std::uint8_t* isNear) {
+    if (isNear == nullptr && withinFinite == block.count) {
+        AddRun(block, {SourceKind::Finite, 0, block.count});
+        return;
+    }
+    m_passes.sort({m_reach.finite, m_reach.point, !m_reach.isSwitched}, m_buffers.distance, isNear, block.count,
+                  m_buffers.kinds);
+    for (std::size_t begin = 0; begin < block.count;) {
+        const SourceRun run = RunFrom(begin, m_buffers.kinds, block.count);
+        if (run.kind != SourceKind::None) {
+            AddRun(Part(block, run.begin, run.end), run);
+        }
+        begin = run.end;
+    }
+}
+
+ElementDeformation::Stretch ElementDeformation::Part(const Stretch& whole, std::size_t begin,
+                                                     std::size_t end) const noexcept {
+    return {whole.ix, whole.firstRow + static_cast<int>(begin), end - begin, whole.at + begin};
+}
+
+/// The points of a run, which are those of `stretch`, in their order: the depth of a centre depends on it.
+void ElementDeformation::AddRun(const Stretch& stretch, const SourceRun& run) {
+    ElementBuffers& b = m_buffers;
+    FillDepths(stretch, run.kind, b.depth);
+    if (stretch.count < kLongStretch) {
+        Enqueue(stretch, run, b.depth);
+        return;
+    }
+    const bool isFinite = run.kind == SourceKind::Finite;
+    Displace(run.kind, {stretch.count, (isFinite ? b.x : b.centroidX) + run.begin,
+                        (isFinite ? b.y : b.centroidY) + run.begin, b.depth});
+    m_largest = m_passes.largest(b.uz, stretch.count, m_largest);
+    AddStretch(stretch, 0);
+}
+
+/// Depth of the upper edge at a point of the grid, m, of an element that follows the floor.
+double ElementDeformation::EdgeDepthAt(std::size_t at) const noexcept {
+    return std::max(0.0, static_cast<double>(m_floor.topography[at]) + m_depth.baseOffset);
+}
+
+/// Depths of a stretch as its source takes them: of the upper edge, or of the centroid. That of a centroid is formed
+/// from the depth of the point evaluated before it, on purpose.
+/// Test: "the centroid depth of a point is that of the point evaluated before it".
+void ElementDeformation::FillDepths(const Stretch& stretch, SourceKind kind, float* depth) {
+    const float* const topography = m_floor.topography + stretch.at;
+    const bool isPoint = kind == SourceKind::Point;
+    const double below = isPoint ? m_source.CentroidBelowEdge() : 0.0;
+    if (!m_depth.followsFloor) {
+        std::fill_n(depth, stretch.count, static_cast<float>(m_lastEdgeDepth + below));
+        return;
+    }
+    if (isPoint) {
+        depth[0] = static_cast<float>(m_lastEdgeDepth + below);
+        m_passes.depths(m_depth.baseOffset, below, topography, stretch.count - 1, depth + 1);
     } else {
-        std::fill_n(b.edgeDepth.begin(), block.count, static_cast<float>(m_depth));
+        m_passes.depths(m_depth.baseOffset, 0.0, topography, stretch.count, depth);
     }
-    Displace(true, {block.count, b.x.data(), b.y.data(), b.edgeDepth.data()});
-    m_largest = m_kernels.largest(b.uz.data(), block.count, m_largest);
-    if (m_settings.withHorizontal) {
-        UpliftBySlope(block.ix, block.firstRow, b.ux.data(), b.uy.data(), block.count, b.uplift.data());
-    }
-    for (const IntervalShare& interval : *m_shares) {
-        m_kernels.add(interval.share, b.uz.data(), block.count, interval.vertical + block.at);
-        if (m_settings.withHorizontal) {
-            m_kernels.add(interval.share, b.uplift.data(), block.count, interval.horizontal + block.at);
-        }
-    }
+    m_lastEdgeDepth = EdgeDepthAt(stretch.at + stretch.count - 1);
 }
 
-/// Depth of the upper edge at a point of the grid, m, of several elements.
-double ElementDeformation::EdgeDepth(std::size_t at) const noexcept {
-    return std::max(0.0, static_cast<double>(m_grid.topo[at]) + m_element.baseOffset);
-}
-
-/// Decides for each point of a block which source it needs, in the order of the layout. isNear: null when all are.
-void ElementDeformation::SortPoints(const Block& block, const std::uint8_t* isNear) {
-    Buffers& b = m_buffers;
-    const double toCentroid = m_slip.sinDip * m_slip.width / 2.0;
-    for (std::size_t i = 0; i < block.count; ++i) {
-        if ((isNear != nullptr && isNear[i] == 0) || b.distance[i] > m_reach.point) {
-            b.source[i] = Buffers::Source::None;
-            continue;
-        }
-        // Formed before the depth is replaced, on purpose: it is that of the point evaluated before this one.
-        // Test: "the centroid depth of a point is that of the point evaluated before it".
-        b.centroidDepth[i] = static_cast<float>(m_depth + toCentroid);
-        if (m_depthFromGrid) {
-            m_depth = EdgeDepth(block.at + i);
-        }
-        b.edgeDepth[i] = static_cast<float>(m_depth);
-        const bool isFinite = !m_reach.isSwitched || b.distance[i] <= m_reach.finite;
-        b.source[i] = isFinite ? Buffers::Source::Finite : Buffers::Source::Point;
+/// Hands the points of a short run to the queue of the source that they take.
+void ElementDeformation::Enqueue(const Stretch& stretch, const SourceRun& run, const float* depth) {
+    ElementBuffers& b = m_buffers;
+    const bool isFinite = run.kind == SourceKind::Finite;
+    ElementBuffers::Queue& queue = isFinite ? b.finite : b.point;
+    if (queue.count + stretch.count > ElementBuffers::kPoints) {
+        Flush(queue, run.kind);
     }
-}
-
-/// Hands the points of a block to the queue of the source that they need.
-void ElementDeformation::QueuePoints(const Block& block) {
-    const Buffers& b = m_buffers;
-    for (std::size_t i = 0; i < block.count; ++i) {
-        if (b.source[i] == Buffers::Source::None) {
-            continue;
-        }
-        const bool isFinite = b.source[i] == Buffers::Source::Finite;
-        Buffers::Queue& queue = isFinite ? m_buffers.finite : m_buffers.point;
-        queue.x[queue.count] = isFinite ? b.x[i] : b.centroidX[i];
-        queue.y[queue.count] = isFinite ? b.y[i] : b.centroidY[i];
-        queue.depth[queue.count] = isFinite ? b.edgeDepth[i] : b.centroidDepth[i];
-        queue.at[queue.count] = block.at + i;
-        if (++queue.count == Buffers::kPoints) {
-            Flush(queue, isFinite);
-        }
+    std::copy_n((isFinite ? b.x : b.centroidX) + run.begin, stretch.count, queue.x + queue.count);
+    std::copy_n((isFinite ? b.y : b.centroidY) + run.begin, stretch.count, queue.y + queue.count);
+    std::copy_n(depth, stretch.count, queue.depth + queue.count);
+    for (std::size_t i = 0; i < stretch.count; ++i) {
+        queue.at[queue.count + i] = stretch.at + i;
     }
+    queue.count += stretch.count;
 }
 
 /// Evaluates the points of a queue, adds the results to the snapshots and empties the queue.
-void ElementDeformation::Flush(Buffers::Queue& queue, bool isFinite) {
-    const Buffers& b = m_buffers;
-    Displace(isFinite, {queue.count, queue.x.data(), queue.y.data(), queue.depth.data()});
-    m_largest = m_kernels.largest(b.uz.data(), queue.count, m_largest);
-    const auto ny = static_cast<std::size_t>(m_grid.ny);
-    for (std::size_t i = 0; m_settings.withHorizontal && i < queue.count; ++i) {
-        const auto ix = static_cast<int>(queue.at[i] / ny);
-        const auto iy = static_cast<int>(queue.at[i] % ny);
-        UpliftBySlope(ix, iy, &b.ux[i], &b.uy[i], 1, &m_buffers.uplift[i]);
+void ElementDeformation::Flush(ElementBuffers::Queue& queue, SourceKind kind) {
+    if (queue.count == 0) {
+        return;
     }
-    for (const IntervalShare& interval : *m_shares) {
-        for (std::size_t i = 0; i < queue.count; ++i) {
-            interval.vertical[queue.at[i]] += interval.share * b.uz[i];
+    Displace(kind, {queue.count, queue.x, queue.y, queue.depth});
+    m_largest = m_passes.largest(m_buffers.uz, queue.count, m_largest);
+    const auto ny = static_cast<std::size_t>(m_floor.grid.ny);
+    for (std::size_t begin = 0; begin < queue.count;) {
+        // Points that follow each other in one column are one stretch again.
+        const std::size_t row = queue.at[begin] % ny;
+        std::size_t end = begin + 1;
+        while (end < queue.count && queue.at[end] == queue.at[begin] + (end - begin) && row + (end - begin) < ny) {
+            ++end;
         }
-        for (std::size_t i = 0; m_settings.withHorizontal && i < queue.count; ++i) {
-            interval.horizontal[queue.at[i]] += interval.share * b.uplift[i];
-        }
+        const auto ix = static_cast<int>(queue.at[begin] / ny);
+        AddStretch({ix, static_cast<int>(row), end - begin, queue.at[begin]}, begin);
+        begin = end;
     }
     queue.count = 0;
 }
 
 /// Displacements of points: the vertical ones, and the horizontal ones when they are wanted.
-void ElementDeformation::Displace(bool isFinite, const SurfacePoints& points) {
-    Buffers& b = m_buffers;
-    const SurfaceDisplacements u = {m_settings.withHorizontal ? b.ux.data() : nullptr,
-                                    m_settings.withHorizontal ? b.uy.data() : nullptr, b.uz.data()};
-    if (isFinite) {
-        FiniteSurfaceBatch(m_finiteSource, points, u);
+void ElementDeformation::Displace(SourceKind kind, const SurfacePoints& points) {
+    ElementBuffers& b = m_buffers;
+    const SurfaceDisplacements u = {m_slope.isOn ? b.ux : nullptr, m_slope.isOn ? b.uy : nullptr, b.uz};
+    if (kind == SourceKind::Finite) {
+        FiniteSurfaceBatch(m_source.finite, points, u);
     } else {
-        PointSurfaceBatch(m_pointSource, points, u);
+        PointSurfaceBatch(m_source.point, points, u);
     }
 }
 
-/// The slope term at points of one column, from their displacements in the frame of the element.
-void ElementDeformation::UpliftBySlope(int ix, int firstRow, const float* ux, const float* uy, std::size_t count,
-                                       float* uplift) const {
-    const float* const here = m_grid.topo + m_grid.Index(ix, firstRow);
-    const bool hasBefore = ix > 0;
-    const bool hasAfter = ix + 1 < m_grid.nx;
+/// Adds the displacements from number `from` on to the snapshots, each interval its share.
+void ElementDeformation::AddStretch(const Stretch& stretch, std::size_t from) {
+    if (m_slope.isOn) {
+        UpliftBySlope(stretch, from);
+    }
+    for (const IntervalShare& interval : *m_shares) {
+        m_passes.add(interval.share, m_buffers.uz + from, stretch.count, interval.vertical + stretch.at);
+        if (m_slope.isOn) {
+            m_passes.add(interval.share, m_buffers.uplift + from, stretch.count, interval.horizontal + stretch.at);
+        }
+    }
+}
+
+/// The slope term of a stretch, from the displacements from number `from` on.
+void ElementDeformation::UpliftBySlope(const Stretch& stretch, std::size_t from) {
+    const GridShape& grid = m_floor.grid;
+    const float* const here = m_floor.topography + stretch.at;
+    const bool hasBefore = stretch.ix > 0;
+    const bool hasAfter = stretch.ix + 1 < grid.nx;
     const SlopedColumn column = {here,
-                                 hasBefore ? here - m_grid.ny : here,
-                                 hasAfter ? here + m_grid.ny : here,
+                                 hasBefore ? here - grid.ny : here,
+                                 hasAfter ? here + grid.ny : here,
                                  !hasBefore && !hasAfter,
-                                 hasBefore && hasAfter ? 2.0F * m_grid.dx : m_grid.dx,
-                                 firstRow,
-                                 m_grid.ny,
-                                 m_grid.dx,
-                                 -m_settings.horzMinDepth,
-                                 m_slip.sinTheta,
-                                 m_slip.cosTheta};
-    m_kernels.upliftBySlope(column, ux, uy, count, uplift);
+                                 hasBefore && hasAfter ? 2.0F * grid.dx : grid.dx,
+                                 stretch.firstRow,
+                                 grid.ny,
+                                 grid.dx,
+                                 -m_slope.leastDepth,
+                                 m_source.sinTheta,
+                                 m_source.cosTheta};
+    m_passes.upliftBySlope(column, m_buffers.ux + from, m_buffers.uy + from, stretch.count, m_buffers.uplift + from);
 }
 
 }  // namespace tidora

@@ -1,24 +1,34 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
-#include "deform/ColumnKernels.h"
-#include "deform/DeformedGrid.h"
+#include "deform/ColumnPasses.h"
 #include "deform/ElementSource.h"
 #include "deform/GridPlane.h"
-#include "fault/Fault.h"
+#include "deform/SourceRuns.h"
+#include "grid/GridShape.h"
 #include "okada/batch/SurfaceBatch.h"
 
 namespace tidora {
 
-/// What holds for every element of one deformation.
-struct DeformSettings {
-    float alpha = 0.0F;         ///< (lambda + mu) / (lambda + 2 mu)
-    float horzMinDepth = 0.0F;  ///< m
-    double tolerance = 0.0;     ///< m
-    bool withHorizontal = false;
+/// The sea floor that is deformed. Does not own the topography.
+struct SeaFloor {
+    GridShape grid;
+    const float* topography = nullptr;  ///< nx * ny values, m, negative below sea level, index ix * ny + iy
+};
+
+/// The uplift by horizontal motion of slopes.
+struct SlopeTerm {
+    bool isOn = false;
+    float leastDepth = 0.0F;  ///< it acts where the topography is below minus this, m
+};
+
+/// Depth of the upper edge of an element.
+struct ElementDepth {
+    double depth = 0.0;         ///< of the reference point, m: of a single element
+    double baseOffset = 0.0;    ///< below the topography, m: of one among several
+    bool followsFloor = false;  ///< one among several: max(0, topography + baseOffset) at each point
 };
 
 /// One interval's share of an element's slip, and the snapshots that take it, values of the whole grid.
@@ -28,81 +38,67 @@ struct IntervalShare {
     float* horizontal;  ///< null when the slope term is off
 };
 
-/// Work space of the deformation, kept from element to element.
-class ElementBuffers {
-public:
-    static constexpr std::size_t kPoints = 1024;  ///< evaluated together: they stay in the first-level cache
+/// Work space of the deformation, kept from element to element: one block of points of a column.
+struct ElementBuffers {
+    static constexpr std::size_t kPoints = 1024;  ///< eleven arrays of 4 KB: they stay in the first-level cache
 
-    enum class Source : std::uint8_t { None, Finite, Point };
-    /// Points that wait for one kind of source.
+    /// Points of short stretches that wait for one kind of source, as it takes them, and where they lie in the grid.
     struct Queue {
-        std::vector<float> x, y, depth;  ///< as the source takes them
-        std::vector<std::size_t> at;     ///< index in the grid
+        float x[kPoints], y[kPoints], depth[kPoints];
+        std::size_t at[kPoints];
         std::size_t count = 0;
-
-        Queue() : x(kPoints), y(kPoints), depth(kPoints), at(kPoints) {}
     };
 
-    // Points of one column: co-ordinates in the frame of the element, what each point needs, and what comes out.
-    std::vector<float> x, y, centroidX, centroidY, distance, edgeDepth, centroidDepth, ux, uy, uz, uplift;
-    std::vector<Source> source;
+    float x[kPoints], y[kPoints];                                     ///< in the frame of the element
+    float centroidX[kPoints], centroidY[kPoints], distance[kPoints];  ///< from its centroid
+    SourceKind kinds[kPoints];
+    float depth[kPoints];
+    float ux[kPoints], uy[kPoints], uz[kPoints], uplift[kPoints];
     Queue finite, point;
-
-    ElementBuffers() : source(kPoints) {
-        for (std::vector<float>* values :
-             {&x, &y, &centroidX, &centroidY, &distance, &edgeDepth, &centroidDepth, &ux, &uy, &uz, &uplift}) {
-            values->resize(kPoints);
-        }
-    }
 };
 
-/// One element over the points of a grid within its reach. Points are taken from the columns of its window, evaluated
-/// many at a time and added to the snapshots at once, so that the work follows the reach of the element and not the
-/// size of the grid.
+/// One element over the points of a grid within its reach. Points are taken column by column from its window; each
+/// stretch of them that takes one kind of source is evaluated where it stands and added to the snapshots at once, so
+/// that the work follows the reach of the element and not the size of the grid.
 class ElementDeformation {
 public:
-    ElementDeformation(const FAULT_PARAM& element, std::size_t elementCount, const DeformSettings& settings,
-                       const DeformedGrid& grid, ElementBuffers& buffers);
-
-    [[nodiscard]] const SourceReach& Reach() const noexcept { return m_reach; }
-    [[nodiscard]] ElementPlace Place() const noexcept;
+    ElementDeformation(const ElementSource& source, const SourceReach& reach, const ElementDepth& depth,
+                       const SlopeTerm& slope, const SeaFloor& floor, ElementBuffers& buffers) noexcept;
 
     /// Adds the element to the snapshots of `shares` over `window`, which holds every point within reach, and returns
-    /// the largest vertical displacement, at least 0. `plane` has been turned to this element and `origin` is its
-    /// reference point there.
+    /// the largest vertical displacement, at least 0. `plane` has been turned to this element, whose reference point
+    /// lies at `origin` there.
     float AddTo(const std::vector<IntervalShare>& shares, GridPlane& plane, const PlanePoint& origin,
                 const GridWindow& window);
 
 private:
-    using Buffers = ElementBuffers;
-
     /// Points of one column, next to each other.
-    struct Block {
+    struct Stretch {
         int ix, firstRow;
         std::size_t count;
         std::size_t at;  ///< index of the first one in the grid
     };
 
-    [[nodiscard]] double EdgeDepth(std::size_t at) const noexcept;
-    void SortPoints(const Block& block, const std::uint8_t* isNear);
-    void AddBlock(const Block& block);
-    void QueuePoints(const Block& block);
-    void Flush(Buffers::Queue& queue, bool isFinite);
-    void Displace(bool isFinite, const SurfacePoints& points);
-    void UpliftBySlope(int ix, int firstRow, const float* ux, const float* uy, std::size_t count, float* uplift) const;
+    [[nodiscard]] Stretch Part(const Stretch& whole, std::size_t begin, std::size_t end) const noexcept;
+    [[nodiscard]] double EdgeDepthAt(std::size_t at) const noexcept;
+    void AddBlock(const Stretch& block, std::size_t withinFinite, const std::uint8_t* isNear);
+    void AddRun(const Stretch& stretch, const SourceRun& run);
+    void FillDepths(const Stretch& stretch, SourceKind kind, float* depth);
+    void Enqueue(const Stretch& stretch, const SourceRun& run, const float* depth);
+    void Flush(ElementBuffers::Queue& queue, SourceKind kind);
+    void Displace(SourceKind kind, const SurfacePoints& points);
+    void AddStretch(const Stretch& stretch, std::size_t from);
+    void UpliftBySlope(const Stretch& stretch, std::size_t from);
 
-    const FAULT_PARAM& m_element;
-    const DeformSettings& m_settings;
-    const DeformedGrid& m_grid;
-    Buffers& m_buffers;
-    const ColumnKernels& m_kernels;
-    const std::vector<IntervalShare>* m_shares = nullptr;
-    ElementSource m_slip;
+    const ElementSource& m_source;
     SourceReach m_reach;
-    RectangleSource m_finiteSource;
-    PointShearSource m_pointSource;
-    bool m_depthFromGrid;  ///< of several elements, each takes its depth from the topography
-    double m_depth;        ///< depth of the upper edge at the point evaluated last, m
+    ElementDepth m_depth;
+    SlopeTerm m_slope;
+    const SeaFloor& m_floor;
+    ElementBuffers& m_buffers;
+    const ColumnPasses& m_passes;
+    const std::vector<IntervalShare>* m_shares = nullptr;
+    double m_lastEdgeDepth;  ///< of the point evaluated last, in the order of the layout, m
     float m_largest = 0.0F;
 };
 

@@ -1,71 +1,77 @@
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "deform/GridPlane.h"
 
 namespace tidora {
 namespace {
 
-/// Indices of an axis whose positions may lie within `reach` of `centre`, widened by what single precision can move a
-/// distance and by a point on either side.
-void Range(double centre, double reach, double org, double spacing, int count, int& first, int& end) {
-    const double margin = 1.0e-5 * (std::abs(reach) + std::abs(centre - org)) + 2.0 * std::abs(spacing);
-    const double low = std::floor((centre - reach - margin - org) / spacing);
-    const double high = std::ceil((centre + reach + margin - org) / spacing);
-    if (!(spacing > 0.0) || !std::isfinite(low) || !std::isfinite(high)) {
-        first = 0;
-        end = count;
-        return;
+/// Positions along one axis of a grid.
+struct Axis {
+    double org, spacing;
+    int count;
+};
+
+struct Indices {
+    int first, end;
+};
+
+/// Beyond this, m, single precision cannot hold the squares of distances: every point is asked for itself.
+constexpr double kLargest = 1.0e18;
+
+/// Indices of an axis whose positions may lie within the reach of an element: those within it of the centroid, widened
+/// by what the rounding of places and distances to single precision can move a point, and by a point on either side. A
+/// column or row more decides nothing. Places that are not finite, or too large, ask for every point: what is not a
+/// number is beyond no reach.
+Indices IndicesWithin(const ElementPlace& place, double centre, const Axis& axis) {
+    // Single precision errs by 6e-8 of what it holds: differences as large as reach and distance (and as the way to the
+    // element from the first point), some operations of it, squares and a root: 1e-5 of those is far more than that.
+    // Distances are formed in the frame of the reference point, which the extent separates from the centroid.
+    const double margin = 1.0e-5 * (std::abs(place.reach) + std::abs(centre - axis.org)) + 1.0e-6 * place.extent +
+                          2.0 * std::abs(axis.spacing);
+    const double low = std::floor((centre - place.reach - margin - axis.org) / axis.spacing);
+    const double high = std::ceil((centre + place.reach + margin - axis.org) / axis.spacing);
+    const double farthest = std::abs(centre) + std::abs(place.reach) + std::abs(axis.org) + place.extent +
+                            std::abs(axis.spacing) * static_cast<double>(axis.count);
+    if (!(axis.spacing > 0.0) || !std::isfinite(low) || !std::isfinite(high) || !(farthest < kLargest)) {
+        return {0, axis.count};
     }
-    const auto last = static_cast<double>(count);
-    first = static_cast<int>(std::clamp(low, 0.0, last));
-    end = static_cast<int>(std::clamp(high + 1.0, 0.0, last));
+    const auto last = static_cast<double>(axis.count);
+    return {static_cast<int>(std::clamp(low, 0.0, last)), static_cast<int>(std::clamp(high + 1.0, 0.0, last))};
 }
 
 class MetricPlane : public GridPlane {
 public:
-    explicit MetricPlane(const DeformedGrid& grid) : m_grid(grid) {
+    explicit MetricPlane(const GridShape& grid) : m_grid(grid) {
         for (int iy = 0; iy < grid.ny; ++iy) {
             m_y.push_back(grid.Y(iy));
-            m_hasPlace.push_back(std::isfinite(m_y.back()) ? 1 : 0);
         }
         m_x.resize(m_y.size());
-        m_none.resize(m_y.size());
-        m_haveAllPlaces = std::find(m_hasPlace.begin(), m_hasPlace.end(), 0) == m_hasPlace.end();
     }
 
-    bool TurnTo(const ElementPlace& place, PlanePoint& origin, GridWindow& window) override {
-        origin = {place.element.org_x, place.element.org_y};
+    GridWindow TurnTo(const ElementPlace& place) override {
         const auto spacing = static_cast<double>(m_grid.dx);
-        Range(origin.x + place.toCentroid.x, place.reach, m_grid.orgX, spacing, m_grid.nx, window.firstColumn,
-              window.endColumn);
-        Range(origin.y + place.toCentroid.y, place.reach, m_grid.orgY, spacing, m_grid.ny, window.firstRow,
-              window.endRow);
-        return true;
+        const Indices columns =
+            IndicesWithin(place, place.origin.x + place.toCentroid.x, {m_grid.orgX, spacing, m_grid.nx});
+        const Indices rows =
+            IndicesWithin(place, place.origin.y + place.toCentroid.y, {m_grid.orgY, spacing, m_grid.ny});
+        return {columns.first, columns.end, rows.first, rows.end};
     }
 
     ColumnPlaces Column(int ix, const GridWindow& window) override {
-        const auto first = static_cast<std::size_t>(window.firstRow);
-        const double x = m_grid.X(ix);
-        std::fill_n(m_x.begin(), window.Rows(), x);
-        const std::uint8_t* isNear = m_haveAllPlaces ? nullptr : m_hasPlace.data() + first;
-        if (!std::isfinite(x)) {
-            isNear = m_none.data();
-        }
-        return {m_x.data(), m_y.data() + first, isNear};
+        std::fill_n(m_x.begin(), window.Rows(), m_grid.X(ix));
+        return {m_x.data(), m_y.data() + window.firstRow, nullptr};
     }
 
 private:
-    const DeformedGrid& m_grid;
+    GridShape m_grid;
     std::vector<double> m_x, m_y;
-    std::vector<std::uint8_t> m_hasPlace;  ///< of the rows
-    std::vector<std::uint8_t> m_none;      ///< the same for a column that has no place itself
-    bool m_haveAllPlaces = true;
 };
 
 }  // namespace
 
-std::unique_ptr<GridPlane> MakeMetricPlane(const DeformedGrid& grid) {
+std::unique_ptr<GridPlane> MakeMetricPlane(const GridShape& grid) {
     return std::make_unique<MetricPlane>(grid);
 }
 

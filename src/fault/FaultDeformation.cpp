@@ -1,83 +1,30 @@
-#include <algorithm>
+#include <cmath>
 #include <cstddef>
-#include <cstdint>
 #include <iostream>
-#include <memory>
-#include <string>
+#include <optional>
 #include <vector>
 
-#include "deform/ColumnKernels.h"
-#include "deform/ElementDeformation.h"
-#include "deform/GridPlane.h"
+#include "deform/GridDeformation.h"
 #include "fault/Fault.h"
+#include "projection/mapproject.h"
 #include "support/ErrorBlock.h"
 
 namespace tidora {
 namespace {
 
-/// The plane of co-ordinates that nobody can relate to each other: no window, no deformation.
-class NoPlane : public GridPlane {
-public:
-    bool TurnTo(const ElementPlace& /*place*/, PlanePoint& /*origin*/, GridWindow& window) override {
-        window = {};
-        return true;
+DeformationFrame FrameOf(int faultKind, int regionKind) noexcept {
+    if (faultKind != regionKind) {
+        return DeformationFrame::None;
     }
-    ColumnPlaces Column(int /*ix*/, const GridWindow& /*window*/) override { return {}; }
-};
-
-std::unique_ptr<GridPlane> MakePlane(int faultKind, int regionKind, const DeformedGrid& grid) {
-    if (faultKind == kPlaneCoordinates && regionKind == kPlaneCoordinates) {
-        return MakeMetricPlane(grid);
+    switch (faultKind) {
+        case kPlaneCoordinates:
+            return DeformationFrame::Plane;
+        case kGeographicCoordinates:
+            return DeformationFrame::Utm;
+        default:
+            return DeformationFrame::None;
     }
-    if (faultKind == kGeographicCoordinates && regionKind == kGeographicCoordinates) {
-        return MakeProjectedPlane(grid);
-    }
-    return std::make_unique<NoPlane>();
 }
-
-/// Largest value of a grid, at least 0, kept per tile so that a change costs only the tiles that it touches.
-class RunningMaximum {
-public:
-    RunningMaximum(const std::vector<InstantVal2d>& snapshots, const DeformedGrid& grid)
-        : m_values(snapshots.empty() || grid.Size() == 0 ? nullptr : snapshots.front().val), m_grid(grid) {
-        if (m_values != nullptr) {
-            m_tilesPerColumn = (static_cast<std::size_t>(grid.ny) - 1) / kTile + 1;
-            m_tiles.resize(static_cast<std::size_t>(grid.nx) * m_tilesPerColumn);
-            m_columns.resize(static_cast<std::size_t>(grid.nx));
-            Refresh({0, grid.nx, 0, grid.ny});
-        }
-    }
-
-    void Refresh(const GridWindow& window) {
-        if (m_values == nullptr || window.IsEmpty()) {
-            return;
-        }
-        const int firstTile = window.firstRow / kTile;
-        const int lastTile = (window.endRow - 1) / kTile;
-        for (int ix = window.firstColumn; ix < window.endColumn; ++ix) {
-            float* const tiles = m_tiles.data() + static_cast<std::size_t>(ix) * m_tilesPerColumn;
-            for (int tile = firstTile; tile <= lastTile; ++tile) {
-                const int firstRow = tile * kTile;
-                const auto count = static_cast<std::size_t>(std::min(kTile, m_grid.ny - firstRow));
-                tiles[tile] = m_kernels.largest(m_values + m_grid.Index(ix, firstRow), count, 0.0F);
-            }
-            m_columns[static_cast<std::size_t>(ix)] = m_kernels.largest(tiles, m_tilesPerColumn, 0.0F);
-        }
-        m_largest = m_kernels.largest(m_columns.data(), m_columns.size(), 0.0F);
-    }
-
-    [[nodiscard]] float Largest() const noexcept { return m_largest; }
-
-private:
-    static constexpr int kTile = 128;  ///< rows
-
-    const float* m_values;
-    const DeformedGrid& m_grid;
-    const ColumnKernels& m_kernels = ColumnKernelsOf(CurrentInstructionSet());
-    std::size_t m_tilesPerColumn = 0;
-    std::vector<float> m_tiles, m_columns;
-    float m_largest = 0.0F;
-};
 
 /// The snapshots into which the elements are summed, and the intervals that they belong to.
 struct DeformOutput {
@@ -86,7 +33,8 @@ struct DeformOutput {
     const DynamicParam& intervals;
 };
 
-/// The intervals that have a share of the slip of an element.
+/// The intervals that have a share of the slip of an element. Where the share is 0 nothing is added, also where the
+/// displacement is not a number.
 std::vector<IntervalShare> SharesOf(const FAULT_PARAM& element, bool withHorizontal, DeformOutput& out) {
     std::vector<IntervalShare> shares;
     for (std::size_t k = 0; k < out.intervals.params.size() && k < out.vertical.size(); ++k) {
@@ -108,88 +56,64 @@ void PrintTranslation(const FAULT_PARAM& element, const PlanePoint& origin) {
               << std::endl;
 }
 
-/// Largest values as the progress lines show them; an element without slip leaves them as they are.
-struct Maxima {
-    float element = 0.0F;
-    float sum = 0.0F;
-};
-
-void PrintProgress(std::size_t number, std::size_t count, const Maxima& maxima) {
+void PrintProgress(std::size_t number, std::size_t count, const DeformationMaxima& maxima) {
     std::cout << number << "/" << count << " Completed "
               << " Max Value Each ELEM. : " << maxima.element << " Max Value Sum.: " << maxima.sum << std::endl;
 }
 
-/// The deformation of one grid by one fault.
-class GridDeformation {
-public:
-    GridDeformation(const Fault& fault, int regionKind, const DeformSettings& settings, const DeformedGrid& grid,
-                    DeformOutput& out)
-        : m_fault(fault),
-          m_settings(settings),
-          m_grid(grid),
-          m_out(out),
-          m_isGeographic(fault.coordType == kGeographicCoordinates && regionKind == kGeographicCoordinates),
-          m_plane(MakePlane(fault.coordType, regionKind, grid)),
-          m_sum(out.vertical, grid) {}
-
-    /// Adds every element. False at the first one that cannot be deformed.
-    bool Run() {
-        for (std::size_t i = 0; i < m_fault.elements.size(); ++i) {
-            // Exact on purpose: only a slip of exactly 0 counts as none.
-            if (m_fault.elements[i].slip != 0.0 && !Add(m_fault.elements[i])) {
-                return false;
-            }
-            PrintProgress(i + 1, m_fault.elements.size(), m_maxima);
+/// The reference point of an element in the plane of its frame, m; of a geographic one the zone and the place are
+/// announced. Nothing where it has no place.
+std::optional<PlanePoint> OriginOf(const FAULT_PARAM& element, DeformationFrame frame) {
+    PlanePoint origin = {element.org_x, element.org_y};
+    if (frame == DeformationFrame::Utm) {
+        const int one = 1;
+        mapproject_initialize_using_longi_(element.org_x);
+        ll2xy_(&one, &element.org_x, &element.org_y, &origin.x, &origin.y);
+        if (!std::isfinite(origin.x) || !std::isfinite(origin.y)) {
+            return std::nullopt;
         }
-        return true;
+        PrintTranslation(element, origin);
     }
-
-private:
-    bool Add(const FAULT_PARAM& element) {
-        if (m_settings.tolerance < 0.0) {
-            return false;
-        }
-        ElementDeformation deformation(element, m_fault.elements.size(), m_settings, m_grid, m_buffers);
-        if (deformation.Reach().isSwitched) {
-            PrintReach(deformation.Reach());
-        }
-        PlanePoint origin;
-        GridWindow window;
-        if (!m_plane->TurnTo(deformation.Place(), origin, window)) {
-            return false;
-        }
-        if (m_isGeographic) {
-            PrintTranslation(element, origin);
-        }
-        const std::vector<IntervalShare> shares = SharesOf(element, m_settings.withHorizontal, m_out);
-        m_maxima.element = deformation.AddTo(shares, *m_plane, origin, window);
-        m_sum.Refresh(window);
-        m_maxima.sum = m_sum.Largest();
-        return true;
-    }
-
-    const Fault& m_fault;
-    const DeformSettings& m_settings;
-    const DeformedGrid& m_grid;
-    DeformOutput& m_out;
-    bool m_isGeographic;
-    std::unique_ptr<GridPlane> m_plane;
-    RunningMaximum m_sum;
-    ElementBuffers m_buffers;
-    Maxima m_maxima;
-};
+    return origin;
+}
 
 }  // namespace
 
 int Fault::Deform2D(float mu, float lambda, float horzMinDepth, double tolerance, int horizontalEffect,
                     int regionCoordType, int nx, int ny, double org_x, double org_y, float dx, const float* topo,
                     std::vector<InstantVal2d>& vertOut, std::vector<InstantVal2d>& horzOut, const DynamicParam& dyn) {
-    const DeformSettings settings = {(mu + lambda) / (2.0F * mu + lambda), horzMinDepth, tolerance,
-                                     horizontalEffect == 1};
-    const DeformedGrid grid = {nx, ny, org_x, org_y, dx, topo};
+    const SeaFloor floor = {{nx, ny, org_x, org_y, dx}, topo};
     DeformOutput out = {vertOut, horzOut, dyn};
-    GridDeformation deformation(*this, regionCoordType, settings, grid, out);
-    if (!deformation.Run()) {
+    const auto addElements = [&]() -> bool {
+        const float alpha = (mu + lambda) / (2.0F * mu + lambda);
+        const bool withHorizontal = horizontalEffect == 1;
+        const DeformationFrame frame = FrameOf(coordType, regionCoordType);
+        GridDeformation deformation(floor, {withHorizontal, horzMinDepth}, frame,
+                                    vertOut.empty() ? nullptr : vertOut.front().val);
+        DeformationMaxima maxima;  // an element without slip leaves them as they are
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            const FAULT_PARAM& element = elements[i];
+            if (element.slip != 0.0) {  // exact on purpose: only a slip of exactly 0 counts as none
+                if (tolerance < 0.0) {
+                    return false;
+                }
+                const ElementSource source = MakeElementSource(element, alpha);
+                const SourceReach reach = MakeSourceReach(element, source, tolerance, elements.size());
+                if (reach.isSwitched) {
+                    PrintReach(reach);
+                }
+                const std::optional<PlanePoint> origin = OriginOf(element, frame);
+                if (!origin) {
+                    return false;
+                }
+                maxima = deformation.Add(element, source, reach, elements.size() == 1, *origin,
+                                         SharesOf(element, withHorizontal, out));
+            }
+            PrintProgress(i + 1, elements.size(), maxima);
+        }
+        return true;
+    };
+    if (!addElements()) {
         ReportError(std::cerr, "FAULT OBJECT METHOD",
                     {"Abnormal action at Calculate Deformation.", "Can not calculate deformation.",
                      "Particular attention should be given to \"XML File\"."});

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
-#include "deform/DeformedGrid.h"
-#include "simd/InstructionSet.h"
+#include "simd/Dispatch.h"
 
 namespace tidora {
 
@@ -20,16 +20,25 @@ struct PlacedPoints {
     float *centroidX, *centroidY, *distance;
 };
 
+/// What a point of a column takes from an element.
+enum class SourceKind : std::uint8_t { None = 0, Finite = 1, Point = 2 };
+
+/// Distances from the centroid that decide about the source, m.
+struct SourceLimits {
+    float finite, point;
+    bool isFiniteOnly;  ///< the point source is not used at all
+};
+
 /// Sines and cosines of the latitudes of a column, and what they are compared with: a point is near where
-/// cosine cosineFactor + sine sineFactor > limit.
+/// cosine cosineFactor + sine sineFactor > limit, and undecided where both differ by at most `margin`.
 struct GreatCircleTest {
     const double *sine, *cosine;
-    double cosineFactor, sineFactor, limit;
+    double cosineFactor, sineFactor, limit, margin;
 };
 
 /// The topography of a column and what its slopes need.
 struct SlopedColumn {
-    const float* here;            ///< one value per row of the window
+    const float* here;            ///< one value per row of the stretch
     const float *before, *after;  ///< the columns beside it, or itself at an edge of the grid
     bool isSingle;                ///< there is no column beside it
     float acrossSpacing;          ///< between those two
@@ -39,16 +48,21 @@ struct SlopedColumn {
     float sine, cosine;  ///< from the frame of the element to east and north
 };
 
-/// The passes over `count` points of a column, for one instruction set. All give the bits of one point after the other.
-struct ColumnKernels {
+/// The passes over `count` points of a column, one table per lane type. Card: any count, also 0; any alignment; arrays
+/// do not overlap; all lane types give the bits of one point after the other.
+struct ColumnPasses {
     /// Differences are formed in double and rounded; the rotation and the distance are single on purpose, as the
     /// arguments of the dislocations are. Returns how many distances are at most `limit`.
     std::size_t (*place)(const ElementFrame& frame, const double* x, const double* y, std::size_t count, float limit,
                          const PlacedPoints& placed);
-    /// Depth of an upper edge `offset` below the topography, at least 0.
-    void (*edgeDepths)(const float* topography, double offset, std::size_t count, float* depth);
-    /// Points that pass the test by more than its rounding.
-    std::size_t (*countNear)(const GreatCircleTest& test, std::size_t count);
+    /// Which source each point takes by its distance. isNear: 0 where it takes none in any case; null: no 0.
+    void (*sort)(const SourceLimits& limits, const float* distance, const std::uint8_t* isNear, std::size_t count,
+                 SourceKind* kinds);
+    /// Depths `below` an upper edge that lies `offset` below the topography, but not above the floor: m, rounded once.
+    /// An edge depth that is not a number counts as 0.
+    void (*depths)(double offset, double below, const float* topography, std::size_t count, float* depth);
+    /// Marks the near points. Returns how many points are undecided; their marks mean nothing.
+    std::size_t (*markNear)(const GreatCircleTest& test, std::size_t count, std::uint8_t* isNear);
     /// Uplift at points at rest by the sloping floor that moves below them; 0 in shallow water and on land.
     /// ux, uy: displacement in the frame of the element.
     void (*upliftBySlope)(const SlopedColumn& column, const float* ux, const float* uy, std::size_t count,
@@ -59,6 +73,16 @@ struct ColumnKernels {
     void (*add)(float share, const float* values, std::size_t count, float* sum);
 };
 
-[[nodiscard]] const ColumnKernels& ColumnKernelsOf(InstructionSet set) noexcept;
+/// The table of each lane type; see simd/Dispatch.h.
+template <typename Lanes>
+struct ColumnPassesOf {
+    static const ColumnPasses kTable;
+};
+template <>
+const ColumnPasses ColumnPassesOf<PlainLanes>::kTable;
+template <>
+const ColumnPasses ColumnPassesOf<Avx2Lanes>::kTable;
+template <>
+const ColumnPasses ColumnPassesOf<Avx512Lanes>::kTable;
 
 }  // namespace tidora

@@ -1,2 +1,0 @@
-#define TIDORA_COLUMN_KERNELS kAvx2ColumnKernels
-#include "deform/ColumnLoops.h"

@@ -1,2 +1,0 @@
-#define TIDORA_COLUMN_KERNELS kAvx512ColumnKernels
-#include "deform/ColumnLoops.h"

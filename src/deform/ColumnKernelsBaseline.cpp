@@ -1,2 +1,0 @@
-#define TIDORA_COLUMN_KERNELS kBaselineColumnKernels
-#include "deform/ColumnLoops.h"
