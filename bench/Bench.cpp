@@ -156,6 +156,53 @@ void BenchGrowth() {
     PrintRatioOfAnySet("16 times the area around the same 200 small elements", ratio, 1.5, false);
 }
 
+/// Cost of a tolerance over that of none; less is better. The points beyond the finite source take a point source,
+/// which costs a few nanoseconds.
+void BenchFarPoints(const char* work, bool withSlopes) {
+    constexpr double kTolerance = 0.001;
+    DeformScene literal = bench::FarPointsScene(120, false, withSlopes, kTolerance);
+    DeformScene fast = literal;
+    literal.Reset();
+    fast.Reset();
+    literal.RunLiteral();
+    fast.RunFast();
+    if (bench::LargestDifference(fast, literal) > 1.2e-7) {
+        Fail(work);
+    }
+    DeformScene with = bench::FarPointsScene(1000, false, withSlopes, kTolerance);
+    DeformScene without = bench::FarPointsScene(1000, false, withSlopes, 0.0);
+    with.Reset();
+    without.Reset();
+    PrintRatioOfAnySet(work, bench::Compare([&] { with.RunFast(); }, [&] { without.RunFast(); }), 0.5, false);
+}
+
+/// The same for other tolerances, on the plane and on degrees: a tolerance may never cost more than none.
+void BenchToleranceSweep() {
+    std::printf(
+        "\ntolerance, 1000 x 1000 points, 100 elements of 10 km in the middle: time over that of tolerance 0\n");
+    std::printf("%24s", "");
+    constexpr double kTolerances[] = {1e-5, 1e-4, 1e-3, 1e-2, 1e-1, 1.0};
+    for (const double tolerance : kTolerances) {
+        std::printf(" %8g", tolerance);
+    }
+    std::printf("\n");
+    for (const bool isGeographic : {false, true}) {
+        for (const bool withSlopes : {false, true}) {
+            std::printf("%24s",
+                        (std::string(isGeographic ? "geographic" : "plane") + (withSlopes ? ", slopes" : "")).c_str());
+            DeformScene without = bench::FarPointsScene(1000, isGeographic, withSlopes, 0.0);
+            without.Reset();
+            for (const double tolerance : kTolerances) {
+                DeformScene with = bench::FarPointsScene(1000, isGeographic, withSlopes, tolerance);
+                with.Reset();
+                std::printf(" %8.2f", bench::Compare([&] { with.RunFast(); }, [&] { without.RunFast(); }).median);
+                std::fflush(stdout);
+            }
+            std::printf("\n");
+        }
+    }
+}
+
 /// Reads a text grid as the program does, and as the functions of C do token by token.
 void BenchTextGrid() {
     const bench::TextRun run;
@@ -229,6 +276,10 @@ int main(int argc, char** argv) {
         if (isWanted("growth")) {
             BenchGrowth();
         }
+        if (isWanted("far points")) {
+            BenchFarPoints("far points, tolerance 0.001 m over none", false);
+            BenchFarPoints("far points with slope term, tolerance 0.001 m over none", true);
+        }
     }
     tidora::ForceInstructionSet(tidora::AvailableInstructionSets().back());
     std::printf("\nwith every instruction set\n");
@@ -238,6 +289,9 @@ int main(int argc, char** argv) {
     }
     if (isWanted("scaling")) {
         BenchScaling();
+    }
+    if (isWanted("tolerances")) {
+        BenchToleranceSweep();
     }
     return 0;
 }

@@ -125,6 +125,24 @@ DeformScene SmallElementsScene(int n) {
     return scene;
 }
 
+DeformScene FarPointsScene(int n, bool isGeographic, bool withSlopes, double tolerance) {
+    const float spacing = isGeographic ? 1.0F / 90.0F : 1000.0F;
+    DeformScene scene = EmptyScene(n, n, spacing, isGeographic ? 1 : 0);
+    scene.arguments.tolerance = tolerance;
+    scene.arguments.horizontalEffect = withSlopes ? 1 : 0;
+    const double halfExtent = static_cast<double>(spacing) * n / 2.0;
+    const double middleX = isGeographic ? 142.0 : 0.0, middleY = isGeographic ? 38.0 : 0.0;
+    scene.arguments.orgX = middleX - halfExtent;
+    scene.arguments.orgY = middleY - halfExtent;
+    const double perMetre = isGeographic ? 1.0e-5 : 1.0;  // about, of either co-ordinate
+    for (int i = 0; i < 100; ++i) {
+        const double x = 10e3 * (i % 10 - 5) * perMetre;
+        scene.fault.elements.push_back(Element(middleX + x, middleY + 10e3 * (i / 10 - 5) * perMetre, 10e3, 10e3, 1.0));
+    }
+    Finish(scene);
+    return scene;
+}
+
 DeformScene IntervalScene(int n, std::size_t elements, std::size_t intervals) {
     DeformScene scene = PlaneScene(n, elements);
     for (std::size_t i = 0; i < elements; ++i) {

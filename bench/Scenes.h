@@ -32,6 +32,10 @@ struct DeformScene {
 /// Plane grid, n by n points 1 km apart, with 200 elements of 2 km by 2 km in the middle 100 km, tolerance 0.5 m.
 [[nodiscard]] DeformScene SmallElementsScene(int n);
 
+/// Grid of n by n points with 100 elements of 10 km by 10 km in its middle: of 1 km spacing on the plane, or of 40
+/// seconds of arc off Japan.
+[[nodiscard]] DeformScene FarPointsScene(int n, bool isGeographic, bool withSlopes, double tolerance);
+
 /// The plane scene with onset times that make `intervals` intervals.
 [[nodiscard]] DeformScene IntervalScene(int n, std::size_t elements, std::size_t intervals);
 

@@ -18,7 +18,7 @@ struct ColumnLoops {
         float* const __restrict py = placed.y;
         float* const __restrict centroidX = placed.centroidX;
         float* const __restrict centroidY = placed.centroidY;
-        float* const __restrict distance = placed.distance;
+        float* const __restrict squaredDistance = placed.squaredDistance;
         const ElementFrame f = frame;
         int within = 0;  // of 32 bits, as the distances: a wider sum would halve the width of the loop
         for (std::size_t i = 0; i < count; ++i) {
@@ -28,20 +28,20 @@ struct ColumnLoops {
             py[i] = f.sine * east + f.cosine * north;
             centroidX[i] = static_cast<float>(static_cast<double>(px[i]) - f.halfLength);
             centroidY[i] = static_cast<float>(static_cast<double>(py[i]) + f.halfWidth);
-            distance[i] = __builtin_sqrtf(centroidX[i] * centroidX[i] + centroidY[i] * centroidY[i]);
-            within += distance[i] <= limit ? 1 : 0;
+            squaredDistance[i] = centroidX[i] * centroidX[i] + centroidY[i] * centroidY[i];
+            within += squaredDistance[i] <= limit ? 1 : 0;
         }
         return static_cast<std::size_t>(within);
     }
 
     /// A distance that is not a number is beyond no limit, and within none either.
-    static void Sort(const SourceLimits& limits, const float* __restrict distance,
+    static void Sort(const SourceLimits& limits, const float* __restrict squaredDistance,
                      const std::uint8_t* __restrict isNear, std::size_t count, SourceKind* __restrict kinds) {
         const SourceLimits l = limits;
         std::uint8_t* const __restrict codes = reinterpret_cast<std::uint8_t*>(kinds);
         for (std::size_t i = 0; i < count; ++i) {
-            const bool isBeyond = distance[i] > l.point;
-            const bool isFinite = l.isFiniteOnly | (distance[i] <= l.finite);
+            const bool isBeyond = squaredDistance[i] > l.point;
+            const bool isFinite = l.isFiniteOnly | (squaredDistance[i] <= l.finite);
             codes[i] = static_cast<std::uint8_t>(isBeyond ? 0 : (isFinite ? 1 : 2));
         }
         if (isNear != nullptr) {

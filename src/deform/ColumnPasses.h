@@ -14,16 +14,17 @@ struct ElementFrame {
     double halfLength, halfWidth;  ///< along strike; horizontal, to the right of it
 };
 
-/// Co-ordinates in the frame of an element, and relative to its centroid, m.
+/// Co-ordinates in the frame of an element, and relative to its centroid, m; the square of the distance from there,
+/// m^2.
 struct PlacedPoints {
     float *x, *y;
-    float *centroidX, *centroidY, *distance;
+    float *centroidX, *centroidY, *squaredDistance;
 };
 
 /// What a point of a column takes from an element.
 enum class SourceKind : std::uint8_t { None = 0, Finite = 1, Point = 2 };
 
-/// Distances from the centroid that decide about the source, m.
+/// Squared distances from the centroid that decide about the source, m^2.
 struct SourceLimits {
     float finite, point;
     bool isFiniteOnly;  ///< the point source is not used at all
@@ -52,12 +53,12 @@ struct SlopedColumn {
 /// do not overlap; all lane types give the bits of one point after the other.
 struct ColumnPasses {
     /// Differences are formed in double and rounded; the rotation and the distance are single on purpose, as the
-    /// arguments of the dislocations are. Returns how many distances are at most `limit`.
+    /// arguments of the dislocations are. Returns how many squared distances are at most `limit`.
     std::size_t (*place)(const ElementFrame& frame, const double* x, const double* y, std::size_t count, float limit,
                          const PlacedPoints& placed);
-    /// Which source each point takes by its distance. isNear: 0 where it takes none in any case; null: no 0.
-    void (*sort)(const SourceLimits& limits, const float* distance, const std::uint8_t* isNear, std::size_t count,
-                 SourceKind* kinds);
+    /// Which source each point takes by its squared distance. isNear: 0 where it takes none in any case; null: no 0.
+    void (*sort)(const SourceLimits& limits, const float* squaredDistance, const std::uint8_t* isNear,
+                 std::size_t count, SourceKind* kinds);
     /// Depths `below` an upper edge that lies `offset` below the topography, but not above the floor: m, rounded once.
     /// An edge depth that is not a number counts as 0.
     void (*depths)(double offset, double below, const float* topography, std::size_t count, float* depth);

@@ -1,6 +1,8 @@
 #include "deform/ElementDeformation.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace tidora {
 namespace {
@@ -9,12 +11,34 @@ namespace {
 /// every call is on average half empty.
 constexpr std::size_t kLongStretch = 32;
 
+/// The largest square whose root, in single precision, is at most `distance`: roots are rounded correctly and grow with
+/// their arguments, so that squares compared with this decide as the distances would, and no root is taken. Not a
+/// number stays one: nothing is within it or beyond it.
+float LargestSquareWithin(float distance) noexcept {
+    constexpr float kLargest = std::numeric_limits<float>::max();
+    if (!(distance >= 0.0F && distance <= kLargest)) {
+        return distance;
+    }
+    float square = std::min(distance * distance, kLargest);
+    while (std::sqrt(square) > distance) {
+        square = std::nextafter(square, 0.0F);
+    }
+    while (square < kLargest && std::sqrt(std::nextafter(square, kLargest)) <= distance) {
+        square = std::nextafter(square, kLargest);
+    }
+    return square;
+}
+
+SourceLimits LimitsOf(const SourceReach& reach) noexcept {
+    return {LargestSquareWithin(reach.finite), LargestSquareWithin(reach.point), !reach.isSwitched};
+}
+
 }  // namespace
 
 ElementDeformation::ElementDeformation(const ElementSource& source, const SourceReach& reach, const ElementDepth& depth,
                                        const SlopeTerm& slope, const SeaFloor& floor, ElementBuffers& buffers) noexcept
     : m_source(source),
-      m_reach(reach),
+      m_limits(LimitsOf(reach)),
       m_depth(depth),
       m_slope(slope),
       m_floor(floor),
@@ -33,16 +57,16 @@ float ElementDeformation::AddTo(const std::vector<IntervalShare>& shares, GridPl
                                 m_source.CentroidAlongStrike(),
                                 m_source.CentroidToRight()};
     // Points within this take the finite source whatever else is compared.
-    const float finiteReach = m_reach.isSwitched ? std::min(m_reach.finite, m_reach.point) : m_reach.point;
+    const float finiteLimit = m_limits.isFiniteOnly ? m_limits.point : std::min(m_limits.finite, m_limits.point);
     for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
         const ColumnPlaces places = plane.Column(ix, window);
         for (std::size_t from = 0; from < window.Rows(); from += ElementBuffers::kPoints) {
             const int firstRow = window.firstRow + static_cast<int>(from);
             const Stretch block = {ix, firstRow, std::min(ElementBuffers::kPoints, window.Rows() - from),
                                    m_floor.grid.Index(ix, firstRow)};
-            const std::size_t within = m_passes.place(frame, places.x + from, places.y + from, block.count, finiteReach,
-                                                      {b.x, b.y, b.centroidX, b.centroidY, b.distance});
-            AddBlock(block, within, places.isNear == nullptr ? nullptr : places.isNear + from);
+            const std::size_t within = m_passes.place(frame, places.x + from, places.y + from, block.count, finiteLimit,
+                                                      {b.x, b.y, b.centroidX, b.centroidY, b.squaredDistance});
+            AddBlock(block, within == block.count, places.isNear == nullptr ? nullptr : places.isNear + from);
         }
     }
     Flush(b.finite, SourceKind::Finite);
@@ -51,13 +75,12 @@ float ElementDeformation::AddTo(const std::vector<IntervalShare>& shares, GridPl
 }
 
 /// Cuts a block into stretches of one kind of source. isNear: null when all points are.
-void ElementDeformation::AddBlock(const Stretch& block, std::size_t withinFinite, const std::uint8_t* isNear) {
-    if (isNear == nullptr && withinFinite == block.count) {
+void ElementDeformation::AddBlock(const Stretch& block, bool isAllFinite, const std::uint8_t* isNear) {
+    if (isNear == nullptr && isAllFinite) {
         AddRun(block, {SourceKind::Finite, 0, block.count});
         return;
     }
-    m_passes.sort({m_reach.finite, m_reach.point, !m_reach.isSwitched}, m_buffers.distance, isNear, block.count,
-                  m_buffers.kinds);
+    m_passes.sort(m_limits, m_buffers.squaredDistance, isNear, block.count, m_buffers.kinds);
     for (std::size_t begin = 0; begin < block.count;) {
         const SourceRun run = RunFrom(begin, m_buffers.kinds, block.count);
         if (run.kind != SourceKind::None) {

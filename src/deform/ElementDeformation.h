@@ -49,8 +49,8 @@ struct ElementBuffers {
         std::size_t count = 0;
     };
 
-    float x[kPoints], y[kPoints];                                     ///< in the frame of the element
-    float centroidX[kPoints], centroidY[kPoints], distance[kPoints];  ///< from its centroid
+    float x[kPoints], y[kPoints];                                            ///< in the frame of the element
+    float centroidX[kPoints], centroidY[kPoints], squaredDistance[kPoints];  ///< from its centroid
     SourceKind kinds[kPoints];
     float depth[kPoints];
     float ux[kPoints], uy[kPoints], uz[kPoints], uplift[kPoints];
@@ -81,7 +81,7 @@ private:
 
     [[nodiscard]] Stretch Part(const Stretch& whole, std::size_t begin, std::size_t end) const noexcept;
     [[nodiscard]] double EdgeDepthAt(std::size_t at) const noexcept;
-    void AddBlock(const Stretch& block, std::size_t withinFinite, const std::uint8_t* isNear);
+    void AddBlock(const Stretch& block, bool isAllFinite, const std::uint8_t* isNear);
     void AddRun(const Stretch& stretch, const SourceRun& run);
     void FillDepths(const Stretch& stretch, SourceKind kind, float* depth);
     void Enqueue(const Stretch& stretch, const SourceRun& run, const float* depth);
@@ -91,7 +91,7 @@ private:
     void UpliftBySlope(const Stretch& stretch, std::size_t from);
 
     const ElementSource& m_source;
-    SourceReach m_reach;
+    SourceLimits m_limits;
     ElementDepth m_depth;
     SlopeTerm m_slope;
     const SeaFloor& m_floor;
