@@ -11,7 +11,6 @@
 namespace tidora {
 namespace {
 
-constexpr std::size_t kLineBufferSize = 1023;  ///< a line is read with at most 1022 characters
 constexpr const char* kConfDelimiters = " \t\n";
 constexpr int kGlobalPairs = 10;
 constexpr int kRegionPairs = 5;
@@ -19,7 +18,7 @@ constexpr int kRegionPairs = 5;
 /// The caption and value pairs of an open configuration file.
 class PairReader {
 public:
-    explicit PairReader(std::FILE* file) : m_lines(file, kLineBufferSize) {}
+    explicit PairReader(std::FILE* file) : m_lines(file, ConfReader::FILE_MAX_PATH) {}
 
     /// Reads a caption, which is ignored, and the value line behind it. Null at end of file.
     [[nodiscard]] const char* NextValueLine() { return m_lines.Next() && m_lines.Next() ? m_lines.Line() : nullptr; }

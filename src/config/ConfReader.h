@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -38,6 +39,9 @@ struct PARAM_LINEAR {
 /// The configuration file: a positional list of caption and value line pairs.
 class ConfReader {
 public:
+    static constexpr std::int32_t FILE_MAX_PATH =
+        1023;  ///< size of the line buffer: a line is read 1022 characters at most
+
     std::string confFile;                 ///< path of the configuration file
     std::string spareText;                ///< value 1: read and kept, not used by a run
     std::string outDir;                   ///< value 2: output directory

@@ -1,6 +1,8 @@
 #include "support/ReplacingFile.h"
 
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
 
@@ -43,6 +45,33 @@ std::string PartName(const std::string& path, int attempt) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
     return folder + ".tidora-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".part";
+}
+
+/// Overwrites the file `to` with the bytes of `from`. False when it cannot be opened for writing or does not take them
+/// all. Opened as what is there, never created: systems refuse to create over somebody else's file in a sticky folder.
+bool CopyInPlace(const std::string& from, const std::string& to) {
+    const FileHandle source(std::fopen(from.c_str(), "rb"));
+    const int descriptor = source ? open(to.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC) : -1;
+    if (descriptor < 0) {
+        return false;
+    }
+    FileHandle target(fdopen(descriptor, "wb"));
+    if (!target) {
+        close(descriptor);
+        return false;
+    }
+    std::array<char, std::size_t{1} << 16U> bytes{};
+    bool isWhole = true;
+    while (isWhole) {
+        const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), source.get());
+        if (count == 0) {
+            break;
+        }
+        isWhole = std::fwrite(bytes.data(), 1, count, target.get()) == count;
+    }
+    const bool isRead = std::ferror(source.get()) == 0;
+    const bool isClosed = std::fclose(target.release()) == 0;
+    return isWhole && isRead && isClosed;
 }
 
 }  // namespace
@@ -95,13 +124,14 @@ bool ReplacingFile::Commit() {
     if (!isWritten || !isClosed) {
         return false;
     }
-    if (!m_partPath.empty()) {
-        if (std::rename(m_partPath.c_str(), m_finalPath.c_str()) != 0) {
-            return false;
-        }
-        m_partPath.clear();
+    if (m_partPath.empty()) {
+        return true;
     }
-    return true;
+    if (std::rename(m_partPath.c_str(), m_finalPath.c_str()) == 0) {
+        m_partPath.clear();
+        return true;
+    }
+    return CopyInPlace(m_partPath, m_finalPath);
 }
 
 }  // namespace tidora

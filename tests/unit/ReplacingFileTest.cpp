@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -235,6 +237,60 @@ TEST_CASE("a commit that cannot rename fails, and nothing is left beside what to
         CHECK_FALSE(file.Commit());
     }
     CHECK(FilesIn(scratch.Path()) == 1);
+}
+
+TEST_CASE("in a folder with the sticky bit, a file of somebody else that may be written is written in place") {
+    if (geteuid() != 0) {
+        MESSAGE("skipped: only root can act for two users");
+        return;
+    }
+    constexpr uid_t kSomebody = 65534;
+    const ScratchFolder scratch;
+    REQUIRE(chmod(scratch.Path().c_str(), 01777) == 0);
+    const std::string path = scratch.Write("grid.bin", "longer than what replaces it");
+    REQUIRE(chmod(path.c_str(), 0666) == 0);
+    struct stat before {};
+    REQUIRE(stat(path.c_str(), &before) == 0);
+    REQUIRE(seteuid(kSomebody) == 0);
+    bool isCommitted = false;
+    {
+        ReplacingFile file(path);
+        if (file.IsOpen()) {
+            std::fputs("new", file.Stream());
+            isCommitted = file.Commit();
+        }
+    }
+    REQUIRE(seteuid(0) == 0);
+    CHECK(isCommitted);
+    CHECK(FileBytes(path) == "new");
+    CHECK(FilesIn(scratch.Path()) == 1);
+    struct stat after {};
+    REQUIRE(stat(path.c_str(), &after) == 0);
+    CHECK(after.st_ino == before.st_ino);
+    CHECK(after.st_uid == before.st_uid);
+}
+
+TEST_CASE("a file that is a mount is written in place") {
+    const ScratchFolder scratch;
+    const std::string path = scratch.Write("grid.bin", "below");
+    const std::string other = scratch.Write("other.bin", "longer than what replaces it");
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount(other.c_str(), path.c_str(), nullptr, MS_BIND, nullptr) != 0) {
+        MESSAGE("skipped: no file can be mounted here");
+        return;
+    }
+    bool isCommitted = false;
+    {
+        ReplacingFile file(path);
+        REQUIRE(file.IsOpen());
+        std::fputs("new", file.Stream());
+        isCommitted = file.Commit();
+    }
+    CHECK(umount2(path.c_str(), MNT_DETACH) == 0);
+    CHECK(isCommitted);
+    CHECK(FileBytes(other) == "new");
+    CHECK(FileBytes(path) == "below");
+    CHECK(FilesIn(scratch.Path()) == 2);
 }
 
 TEST_CASE("a device is written in place, and a full one fails the commit") {
