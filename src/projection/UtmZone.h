@@ -11,4 +11,9 @@ namespace tidora {
     return std::abs(zone) < 1.0e9 ? static_cast<int>(zone) : 0;
 }
 
+/// The longitude in degrees that is projected: from 180 on, 360 lower.
+[[nodiscard]] inline double LowerLongitude(double lonDeg) noexcept {
+    return lonDeg >= 180.0 ? lonDeg - 360.0 : lonDeg;
+}
+
 }  // namespace tidora

@@ -1,46 +1,21 @@
 #include "projection/mapproject.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <iostream>
 #include <iterator>
-#include <map>
-#include <memory>
 #include <string>
-#include <utility>
 
-#include <proj.h>
-
+#include "projection/ProjSystems.h"
 #include "projection/UtmZone.h"
 
 namespace {
-
-struct ContextCloser {
-    void operator()(PJ_CONTEXT* context) const noexcept { proj_context_destroy(context); }
-};
-struct SystemCloser {
-    void operator()(PJ* system) const noexcept { proj_destroy(system); }
-};
-using Context = std::unique_ptr<PJ_CONTEXT, ContextCloser>;
-using System = std::unique_ptr<PJ, SystemCloser>;
-
-/// PROJ without network access, and silent: a system that cannot be built shows in the results.
-Context MakeContext() {
-    Context context(proj_context_create());
-    proj_context_set_enable_network(context.get(), 0);
-    proj_log_level(context.get(), PJ_LOG_NONE);
-    return context;
-}
-
-const Context kContext = MakeContext();  // before everything that belongs to it
 
 struct EpsgDefinition {
     int code;
     const char* definition;
 };
 
-constexpr const char* kGeographic4612 = "+proj=longlat +ellps=GRS80 +towgs84=0,0,0,0,0,0,0 +no_defs";
 constexpr const char* kGeographic4326 = "+proj=latlong +ellps=WGS84 +datum=WGS84 +no_defs";
 constexpr int kDefaultGeographic = 4612;
 constexpr int kDefaultPlane = 3100;
@@ -88,55 +63,17 @@ const char* PlaneDefinition(int code) noexcept {
     return found == std::end(kPlanes) ? nullptr : found->definition;
 }
 
-System CreateSystem(const std::string& definition) {
-    return System(proj_create(kContext.get(), (definition + " +type=crs").c_str()));
-}
-
-/// Both systems and the operation between them: degrees, longitude first, to metres, easting first.
-struct Conversion {
-    System geographic, plane, operation;
-};
-
-/// What cannot be built is left null.
-Conversion MakeConversion(const std::string& geographic, const std::string& plane) {
-    Conversion conversion = {CreateSystem(geographic), CreateSystem(plane), nullptr};
-    if (conversion.geographic && conversion.plane) {
-        conversion.operation.reset(proj_create_crs_to_crs_from_pj(kContext.get(), conversion.geographic.get(),
-                                                                  conversion.plane.get(), nullptr, nullptr));
-    }
-    return conversion;
-}
-
-// Building a conversion costs milliseconds and every element of a fault asks for one: those built are kept. There are
-// at most two geographic systems and some eighty planes.
 // NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables): the interface keeps its state in the module.
-std::map<std::pair<std::string, std::string>, Conversion> g_conversions;
-
-// The two handles of the module, and the operation between them; they belong to a kept conversion.
+// The two handles are all of the state: every conversion uses the operation between them. Null before the first
+// initialisation, after a finalisation, and where PROJ could not build a system. What they point to is kept by
+// ProjSystems.cpp, for the next element that asks for it.
 PJ* pj_ll = nullptr;
 PJ* pj_cartes = nullptr;
-PJ* g_ll2xy = nullptr;
 // NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 void Initialize(const std::string& geographic, const std::string& plane) {
-    auto found = g_conversions.find({geographic, plane});
-    if (found == g_conversions.end()) {
-        found = g_conversions.emplace(std::pair(geographic, plane), MakeConversion(geographic, plane)).first;
-    }
-    pj_ll = found->second.geographic.get();
-    pj_cartes = found->second.plane.get();
-    g_ll2xy = found->second.operation.get();
-}
-
-/// Converts `count` points in place.
-void Convert(PJ_DIRECTION direction, std::size_t count, double* first, double* second) {
-    if (g_ll2xy == nullptr) {
-        std::fill_n(first, count, HUGE_VAL);
-        std::fill_n(second, count, HUGE_VAL);
-        return;
-    }
-    proj_trans_generic(g_ll2xy, direction, first, sizeof(double), count, second, sizeof(double), count, nullptr, 0, 0,
-                       nullptr, 0, 0);
+    pj_ll = tidora::SystemOf(geographic);
+    pj_cartes = tidora::SystemOf(plane);
 }
 
 std::size_t CountOf(const int* n) noexcept {
@@ -148,7 +85,7 @@ std::size_t CountOf(const int* n) noexcept {
 extern "C" {
 
 void mapproject_initialize_using_epsg_(int geoCode, int planeCode) {
-    const char* const geographic = geoCode == 4326 ? kGeographic4326 : kGeographic4612;
+    const char* const geographic = geoCode == 4326 ? kGeographic4326 : tidora::kGrs80Geographic;
     if (geoCode != 4326 && geoCode != kDefaultGeographic) {
         std::cout << "default EPSG:" << kDefaultGeographic << std::endl;
     }
@@ -163,26 +100,22 @@ void mapproject_initialize_using_epsg_(int geoCode, int planeCode) {
 void mapproject_initialize_using_longi_(double lonDeg) {
     const int zone = tidora::UtmZone(lonDeg);
     std::cout << "Deformation Calc. UTM Zone:" << zone << std::endl;
-    Initialize(kGeographic4612, "+proj=utm +zone=" + std::to_string(zone) + TIDORA_GRS80_METRES);
+    Initialize(tidora::kGrs80Geographic, tidora::UtmDefinition(zone));
 }
 
 void mapproject_finalize_() {
     pj_ll = nullptr;
     pj_cartes = nullptr;
-    g_ll2xy = nullptr;
 }
 
 void ll2xy_(const int* n, const double* lon, const double* lat, double* x, double* y) {
-    const std::size_t count = CountOf(n);
-    std::transform(lon, lon + count, x, [](double degrees) { return degrees >= 180.0 ? degrees - 360.0 : degrees; });
-    std::copy_n(lat, count, y);
-    Convert(PJ_FWD, count, x, y);
+    tidora::ProjectPoints(pj_ll, pj_cartes, CountOf(n), lon, lat, x, y);
 }
 
 void xy2ll_(const int* n, double* lon, double* lat, const double* x, const double* y) {
     const std::size_t count = CountOf(n);
     std::copy_n(x, count, lon);
     std::copy_n(y, count, lat);
-    Convert(PJ_INV, count, lon, lat);
+    tidora::ConvertPoints(pj_ll, pj_cartes, PJ_INV, count, lon, lat);
 }
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 /// Conversion between geographic co-ordinates and a map plane. One geographic and one plane system at a time, held in
-/// two module-wide handles: initialise, convert, finalise. Not reentrant.
+/// two module-wide handles, pj_ll and pj_cartes: initialise, convert, finalise. Without systems every point becomes
+/// HUGE_VAL. For one thread: the handles have no lock.
 extern "C" {
 
 /// Chooses the systems by EPSG code. geoCode: 4326 or 4612. planeCode: 2443 to 2461 (plane rectangular zones), 3097 to
@@ -12,7 +13,7 @@ void mapproject_initialize_using_epsg_(int geoCode, int planeCode);
 /// zone is not clamped: 180 gives 61, which no plane system has.
 void mapproject_initialize_using_longi_(double lonDeg);
 
-/// Releases both systems.
+/// Lets go of both systems.
 void mapproject_finalize_();
 
 /// *n points from degrees (lon, lat) to metres (x east, y north). Longitudes of 180 and more are taken 360 lower. A
