@@ -1,0 +1,147 @@
+#pragma once
+
+// The plane of a UTM zone, one template for all lane types. Included by the sources that are compiled for one
+// instruction set each. Every function is a member of that template: none may be shared with code that runs on any
+// machine, and none of the standard library is used.
+//
+//   paper         code             meaning                                                           unit
+//   lambda        column           longitude from the central meridian: its sine, cosine, 1 - cosine
+//   chi           rows             conformal latitude: its sine, cosine, distance on the meridian
+//   xi', eta'     xiPrime, etaPrime  transverse Mercator co-ordinates on the conformal sphere        radian
+//   zeta          -                2 (xi' + i eta')                                                  radian
+//   xi, eta       -                the same on the ellipsoid                                         radian
+//   alpha_j       series           Krueger's coefficients, j = 1 .. 6
+//   k0 A          scaledRadius     metres of the plane per radian                                    m
+//
+// Karney (2011), Transverse Mercator with an accuracy of a few nanometers, J. Geodesy 85, 475-485: Krueger's series to
+// the sixth order of the third flattening,
+//     xi + i eta = xi' + i eta' + sum over j = 1 .. 6 of alpha_j sin(j zeta),    x = x0 + k0 A eta,    y = k0 A xi
+// from the conformal sphere, where with the unit vector (u, v, w) = (sin(lambda) cos(chi), cos(lambda) cos(chi),
+// sin(chi)) and r2 = v^2 + w^2
+//     tan(xi') = w / v,                           tanh(eta') = u,
+//     sin(2 xi') = 2 v w / r2,                    cos(2 xi') = (v^2 - w^2) / r2,
+//     sinh(2 eta') = 2 u / r2,                    cosh(2 eta') = (1 + u^2) / r2.
+//
+// Departures from the paper, for the last digits and for speed:
+//   xi'      = chi + arctan[sin(chi) cos(chi) (1 - cos(lambda)) / (1 - cos(chi)^2 (1 - cos(lambda)))]: chi times k0 A
+//   is
+//              the row's, and what is added to it is small, so that its rounding is below that of the sum;
+//   eta'     = 1/2 ln[(r2 + 2 |u| (1 + |u|)) / r2] with the sign of u: no difference of nearly equal numbers as in
+//              (1 + u) / (1 - u), and 0 on the central meridian;
+//   the sum  = sin(zeta) p(2 cos(zeta)) with real coefficients p, see KrugerSeries in ZonePlane.cpp.
+
+#include <cstddef>
+
+#include "projection/ZonePlaneKernels.h"
+#include "simd/LaneMath.h"
+
+namespace tidora {
+
+template <typename Lanes>
+class ZonePlaneKernel {
+public:
+    /// Two vectors a step, because every function of LaneMath takes two arguments and divides once for both. The last
+    /// bits of a point thus depend on its partner, so that the steps have their places in the grid, not in the part.
+    static void RunColumn(const ZoneColumnSource& column, const ZoneRowTables& rows, std::size_t first, std::size_t end,
+                          double* x, double* y) noexcept {
+        static_assert(kStep <= kZoneStepPoints, "the last step reads beyond the last row");
+        for (std::size_t at = first / kStep * kStep; at < end; at += kStep) {
+            if (at >= first && at + kStep <= end) {
+                Step(column, rows, at, x + (at - first), y + (at - first));
+                continue;
+            }
+            double wholeX[kStep], wholeY[kStep];
+            Step(column, rows, at, wholeX, wholeY);
+            for (std::size_t lane = 0; lane < kStep; ++lane) {
+                if (at + lane >= first && at + lane < end) {
+                    x[at + lane - first] = wholeX[lane];
+                    y[at + lane - first] = wholeY[lane];
+                }
+            }
+        }
+    }
+
+private:
+    static constexpr std::size_t kStep = 2 * Lanes::kDoubles;
+
+    using Math = LaneMath<Lanes>;
+    using Doubles = typename Lanes::Doubles;
+    using Complex = typename Math::Complex;
+    using Fraction = typename Math::Fraction;
+
+    /// Points of the conformal sphere.
+    struct Sphere {
+        Doubles sine, cosine;  ///< of chi
+        Doubles u, v, r2;
+    };
+
+    static Sphere Load(const ZoneColumnSource& column, const ZoneRowTables& rows, std::size_t at) noexcept {
+        const Doubles sine = Lanes::Load(rows.sine + at), cosine = Lanes::Load(rows.cosine + at);
+        const Doubles v = Lanes::All(column.cosine) * cosine;
+        return {sine, cosine, Lanes::All(column.sine) * cosine, v, Lanes::Fma(v, v, sine * sine)};
+    }
+
+    /// A number whose argument is xi' - chi.
+    static Complex Turn(const ZoneColumnSource& column, const Sphere& p) noexcept {
+        const Doubles c = Lanes::All(column.versine) * p.cosine;
+        return {Lanes::Fnma(c, p.cosine, Lanes::All(1.0)), c * p.sine};
+    }
+
+    /// The fraction whose logarithm is 2 |eta'|.
+    static Fraction Stretch(const Sphere& p) noexcept {
+        const Doubles size = Lanes::Abs(p.u);
+        return {Lanes::Fma(size + size, Lanes::All(1.0) + size, p.r2), p.r2};
+    }
+
+    /// sum alpha_j sin(j zeta). A polynomial with real coefficients at a complex number k needs but two products a
+    /// term, because k^2 = 2 Re(k) k - |k|^2 takes a power off.
+    static Complex SeriesSum(const ZoneColumnSource& column, const Sphere& p, Doubles overR2) noexcept {
+        const Doubles two = Lanes::All(2.0), one = Lanes::All(1.0);
+        const Doubles sin2Xi = two * p.v * p.sine * overR2;
+        const Doubles cos2Xi = Lanes::Fnma(p.sine, p.sine, p.v * p.v) * overR2;
+        const Doubles sinh2Eta = two * p.u * overR2;
+        const Doubles cosh2Eta = Lanes::Fma(p.u, p.u, one) * overR2;
+        const Complex sine = {sin2Xi * cosh2Eta, cos2Xi * sinh2Eta};
+        const Complex k = {two * cos2Xi * cosh2Eta, -(two * sin2Xi * sinh2Eta)};
+        const Doubles twice = k.re + k.re;
+        const Doubles size2 = Lanes::Fma(k.re, k.re, k.im * k.im);
+        Doubles last = Lanes::All(column.series[kKrugerTerms - 1]);
+        Doubles sum = Lanes::Fma(twice, last, Lanes::All(column.series[kKrugerTerms - 2]));
+        for (std::size_t power = kKrugerTerms - 2; power-- > 1;) {
+            const Doubles next = Lanes::Fma(twice, sum, Lanes::Fnma(size2, last, Lanes::All(column.series[power])));
+            last = sum;
+            sum = next;
+        }
+        const Complex value = {Lanes::Fma(k.re, sum, Lanes::Fnma(size2, last, Lanes::All(column.series[0]))),
+                               k.im * sum};
+        return {Lanes::Fnma(sine.im, value.im, sine.re * value.re), Lanes::Fma(sine.re, value.im, sine.im * value.re)};
+    }
+
+    static void Finish(const ZoneColumnSource& column, const Sphere& p, Doubles turn, Doubles stretch, Doubles northing,
+                       double* x, double* y) noexcept {
+        const Doubles radius = Lanes::All(column.scaledRadius);
+        const Complex sum = SeriesSum(column, p, Lanes::Inverse(p.r2));
+        const Doubles eta = Lanes::CopySign(Lanes::All(0.5) * stretch, p.u) + sum.im;
+        Lanes::Store(x, Lanes::Fma(radius, eta, Lanes::All(column.falseEasting)));
+        Lanes::Store(y, Lanes::Fma(radius, turn + sum.re, northing));
+    }
+
+    static void Step(const ZoneColumnSource& column, const ZoneRowTables& rows, std::size_t at, double* x,
+                     double* y) noexcept {
+        constexpr std::size_t kLanes = Lanes::kDoubles;
+        const Sphere a = Load(column, rows, at), b = Load(column, rows, at + kLanes);
+        const auto turns = Math::Arguments(Turn(column, a), Turn(column, b));
+        const auto stretches = Math::Logs(Stretch(a), Stretch(b));
+        Finish(column, a, turns.first, stretches.first, Lanes::Load(rows.northing + at), x, y);
+        Finish(column, b, turns.second, stretches.second, Lanes::Load(rows.northing + at + kLanes), x + kLanes,
+               y + kLanes);
+    }
+};
+
+/// The table of one lane type; called by its source.
+template <typename Lanes>
+constexpr ZonePlaneKernels MakeZonePlaneKernels() noexcept {
+    return {&ZonePlaneKernel<Lanes>::RunColumn};
+}
+
+}  // namespace tidora
