@@ -6,6 +6,7 @@
 
 #include <doctest/doctest.h>
 
+#include "projection/mapproject.h"
 #include "unit/MapSystems.h"
 
 namespace {
@@ -157,4 +158,34 @@ TEST_CASE("a zone that does not exist leaves every co-ordinate unconverted") {
     // The next pair of systems is not affected.
     const MapSystems systems(140.0);
     CHECK(std::abs(ToPlane(141.0, 0.0).x - 500000.0) < kMicrometre);
+}
+
+TEST_CASE("after the finalisation every point is unconverted, and the systems can be chosen again") {
+    MapPoint before;
+    {
+        const MapSystems systems(140.0);
+        before = ToPlane(142.5, 38.25);
+    }
+    CHECK(IsUnconverted(ToPlane(142.5, 38.25)));
+    CHECK(IsUnconverted(ToDegrees(500000.0, 4000000.0)));
+    mapproject_finalize_();
+    CHECK(IsUnconverted(ToPlane(142.5, 38.25)));
+    const MapSystems systems(140.0);
+    const MapPoint again = ToPlane(142.5, 38.25);
+    CHECK(again.x == before.x);
+    CHECK(again.y == before.y);
+}
+
+TEST_CASE("one plane with another geographic system is another conversion, and each keeps its own") {
+    const auto planeOf = [](int geoCode) {
+        const MapSystems systems(geoCode, 32653);
+        return ToPlane(136.0, 35.0);
+    };
+    const MapPoint byWgs84 = planeOf(4326), byGrs80 = planeOf(4612);
+    CHECK(byWgs84.x == planeOf(4326).x);
+    CHECK(byWgs84.y == planeOf(4326).y);
+    CHECK(byGrs80.y == planeOf(4612).y);
+    // The ellipsoids differ by a tenth of a millimetre at the poles: too little for another place, and not none.
+    CHECK(std::abs(byWgs84.x - byGrs80.x) < 1e-3);
+    CHECK(std::abs(byWgs84.y - byGrs80.y) < 1e-3);
 }
