@@ -17,6 +17,7 @@
 #include "kajiura/KajiuraFilter.h"
 #include "okada/DC3D.h"
 #include "okada/batch/SurfaceBatch.h"
+#include "projection/ZonePlane.h"
 #include "reference/KajiuraReference.h"
 #include "simd/InstructionSet.h"
 
@@ -113,6 +114,48 @@ void BenchDeformation(const char* work, DeformScene scene, const Bars& bars) {
         Fail(work);
     }
     PrintRatio(work, bench::Compare([&] { literal.RunLiteral(); }, [&] { scene.RunFast(); }), bars);
+}
+
+/// The plane of a zone for a grid of 15 by 15 degrees around a fault.
+void BenchZonePlane() {
+    constexpr std::size_t n = 900;
+    constexpr double kSpacing = 1.0 / 60.0;
+    std::vector<double> lat(n), lon(n), projX(n * n), projY(n * n), x(n * n), y(n * n);
+    for (std::size_t i = 0; i < n; ++i) {
+        lat[i] = 30.0 + kSpacing * static_cast<double>(i);
+    }
+    const tidora::ZonePlane plane(54);
+    const auto longitude = [](std::size_t ix) { return 137.0 + kSpacing * static_cast<double>(ix); };
+    const auto runProj = [&] {
+        for (std::size_t ix = 0; ix < n; ++ix) {
+            std::fill(lon.begin(), lon.end(), longitude(ix));
+            plane.Points(n, lon.data(), lat.data(), &projX[ix * n], &projY[ix * n]);
+        }
+    };
+    constexpr int kRepeats = 10;  // long enough for the clock
+    const auto runPlane = [&] {
+        for (int repeat = 0; repeat < kRepeats; ++repeat) {
+            const tidora::ConformalRows rows(lat);
+            for (std::size_t ix = 0; ix < n; ++ix) {
+                plane.Column(longitude(ix), rows, 0, n, &x[ix * n], &y[ix * n]);
+            }
+        }
+    };
+    runProj();
+    runPlane();
+    for (std::size_t i = 0; i < n * n; ++i) {
+        if (!(std::abs(x[i] - projX[i]) <= tidora::kZonePlaneMaxError) ||
+            !(std::abs(y[i] - projY[i]) <= tidora::kZonePlaneMaxError)) {
+            Fail("plane of a zone");
+        }
+    }
+    Ratio ratio = bench::Compare(runProj, runPlane);
+    ratio.median *= kRepeats;
+    ratio.least *= kRepeats;
+    ratio.most *= kRepeats;
+    PrintRatio("plane of a zone, whole grid, over PROJ point by point", ratio, {25, 15});
+    std::printf("    %.1f ns and %.2f ns per point\n", ratio.slowSeconds / (n * n) * 1e9,
+                ratio.fastSeconds / kRepeats / (n * n) * 1e9);
 }
 
 void BenchFilter() {
@@ -269,6 +312,9 @@ int main(int argc, char** argv) {
         if (isWanted("geographic")) {
             BenchDeformation("deformation, geographic 480 x 400, 40 elements", bench::GeographicScene(480, 400, 40),
                              {30, 15});
+        }
+        if (isWanted("zone")) {
+            BenchZonePlane();
         }
         if (isWanted("filter")) {
             BenchFilter();

@@ -29,15 +29,16 @@ Context MakeContext() {
     return context;
 }
 
-/// What was built, null where PROJ could not. The context is first: it outlives what belongs to it.
+/// What was built, null where PROJ could not: that, too, is asked for once.
 struct Built {
     std::mutex guard;
-    Context context = MakeContext();
-    std::map<std::string, System> systems;
-    std::map<std::pair<PJ*, PJ*>, System> operations;
+    Context context = MakeContext();                   // before what belongs to it, and so destroyed after it
+    std::map<std::string, System> systems;             ///< by definition
+    std::map<std::pair<PJ*, PJ*>, System> operations;  ///< by geographic and plane system
 };
 
-/// The one static object of this room beside the two handles of mapproject.cpp.
+/// The one static object of this room beside the two handles of mapproject.cpp. Made when it is first asked for: a run
+/// on plane grids never is.
 Built& Everything() {
     static Built built;
     return built;

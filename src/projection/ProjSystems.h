@@ -13,10 +13,10 @@ inline constexpr const char* kGrs80Geographic = "+proj=longlat +ellps=GRS80 +tow
 /// The definition of the plane of a UTM zone on GRS80. Any number; PROJ builds those from 1 to 60.
 [[nodiscard]] std::string UtmDefinition(int zone);
 
-// Systems and the operations between them are built once and kept until the program ends: building one costs
-// milliseconds, and every element of a fault asks for one. There are at most two geographic systems and some eighty
-// planes. All of it, and PROJ's context, stands behind one lock: safe to call from several threads, which wait for each
-// other.
+// PROJ's context, and the systems and operations that were built, are kept in one static object until the program ends:
+// building one costs milliseconds, and every element of a fault asks for one. There are at most two geographic systems
+// and some eighty planes. The object stands behind one lock, because neither a context nor an operation may be used by
+// two threads: these functions are safe to call from several, which wait for each other.
 
 /// The system of a definition; null where PROJ cannot build it. It belongs to this module.
 [[nodiscard]] PJ* SystemOf(const std::string& definition);

@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
-constexpr double kRadian = 0.017453292519943295;  ///< of a degree; the digits of PROJ's own constant
+constexpr double kRadian = 0.017453292519943295;  ///< of a degree
 
 // GRS80: H. Moritz, Geodetic Reference System 1980, J. Geodesy 74 (2000), 128-133.
 constexpr double kEquatorRadius = 6378137.0;  ///< m
@@ -52,13 +52,15 @@ constexpr std::array<double, kKrugerTerms> KrugerSeries() noexcept {
 constexpr std::array<double, kKrugerTerms> kSeries = KrugerSeries();
 
 struct ConformalLatitude {
-    double sine, cosine, angle;
+    double sine, cosine;
+    double angle;  ///< radians
 };
 
 /// Karney (2011), eqs. (7) to (9): tau = tan(phi), sigma = sinh(e artanh(e sin(phi))) and
-/// tau' = tau sqrt(1 + sigma^2) - sigma sqrt(1 + tau^2) = tan(chi).
+/// tau' = tau sqrt(1 + sigma^2) - sigma sqrt(1 + tau^2) = tan(chi). At the poles tau is 1.6e16, the tangent of the
+/// nearest number to a right angle, and nothing overflows.
 ConformalLatitude ConformalOf(double latRad) noexcept {
-    static const double e = std::sqrt(kESquared);
+    const double e = std::sqrt(kESquared);
     const double tau = std::tan(latRad);
     const double sigma = std::sinh(e * std::atanh(e * std::sin(latRad)));
     const double tangent = tau * std::hypot(1.0, sigma) - sigma * std::hypot(1.0, tau);
@@ -86,6 +88,7 @@ double WithinHalfTurn(double rad) noexcept {
     return shifted - kTwoPi * std::floor(shifted / kTwoPi) - kPi;
 }
 
+/// Requires: an angle from the central meridian within half a turn.
 ZoneColumnSource ColumnSourceOf(double deltaRad) noexcept {
     const double sineOfHalf = std::sin(deltaRad / 2.0);
     ZoneColumnSource source = {std::sin(deltaRad), std::cos(deltaRad), 2.0 * sineOfHalf * sineOfHalf,
@@ -94,7 +97,8 @@ ZoneColumnSource ColumnSourceOf(double deltaRad) noexcept {
     return source;
 }
 
-/// Has the points of a column whose latitude isWanted placed by PROJ, in one call. True when each of them has a place.
+/// Has the points of a column whose latitude isWanted placed by PROJ, all in one call: the lock and the search for the
+/// operation come once for all of them. True when each of them has a place.
 template <typename IsWanted>
 bool PlaceRows(const ZonePlane& plane, double lonDeg, const double* latDeg, std::size_t count, double* x, double* y,
                IsWanted isWanted) {
@@ -105,6 +109,9 @@ bool PlaceRows(const ZonePlane& plane, double lonDeg, const double* latDeg, std:
             rows.push_back(i);
             lat.push_back(latDeg[i]);
         }
+    }
+    if (rows.empty()) {
+        return true;  // and PROJ need not build a system
     }
     const std::vector<double> lon(rows.size(), lonDeg);
     std::vector<double> placedX(rows.size()), placedY(rows.size());
@@ -119,6 +126,8 @@ bool PlaceRows(const ZonePlane& plane, double lonDeg, const double* latDeg, std:
 }  // namespace
 
 ConformalRows::ConformalRows(std::vector<double> latDeg) : m_latDeg(std::move(latDeg)) {
+    // Rows without a place, and the values that no row has, are a point of the equator: their partners in a step must
+    // not meet what is not a number.
     const std::size_t size = m_latDeg.size() + kZoneStepPoints;
     m_sine.assign(size, 0.0);
     m_cosine.assign(size, 1.0);
@@ -135,6 +144,8 @@ ConformalRows::ConformalRows(std::vector<double> latDeg) : m_latDeg(std::move(la
     }
 }
 
+// The central meridian in PROJ's order of operations: 6 N - 183 degrees, taken to radians, may differ in the last
+// place, 2.8e-9 m.
 ZonePlane::ZonePlane(int zone) noexcept : m_zone(zone), m_centralRad((zone - 0.5) * kPi / 30.0 - kPi) {}
 
 bool ZonePlane::Column(double lonDeg, const ConformalRows& rows, std::size_t first, std::size_t count, double* x,
@@ -145,6 +156,7 @@ bool ZonePlane::Column(double lonDeg, const ConformalRows& rows, std::size_t fir
     if (m_zone < 1 || m_zone > 60 || std::isnan(delta)) {
         return PlaceRows(*this, lonDeg, latDeg, count, x, y, [](double) { return true; });
     }
+    // The kernel knows no gaps: what it writes to rows that are not the series' is overwritten.
     const ZoneRowTables tables = {rows.m_sine.data(), rows.m_cosine.data(), rows.m_northing.data()};
     DispatchedKernels<ZonePlaneKernelsOf>().column(ColumnSourceOf(delta), tables, first, first + count, x, y);
     const bool isFar = std::abs(delta) > kZonePlaneReach * kRadian;
@@ -165,7 +177,8 @@ bool ZonePlane::Points(std::size_t count, const double* lonDeg, const double* la
     return isEveryPlace;
 }
 
-/// Radians; not a number where PROJ has a rule of its own, which is for longitudes of more than a turn.
+/// Radians; not a number for longitudes of more than a turn, which PROJ takes up to 10 radians and refuses beyond. The
+/// degrees are rounded to radians before the difference, as in PROJ: a last place of pi is 2.8e-9 m.
 double ZonePlane::FromCentralMeridian(double lonDeg) const noexcept {
     const double lon = LowerLongitude(lonDeg);
     if (!(std::abs(lon) <= 360.0)) {

@@ -4,31 +4,32 @@
 // instruction set each. Every function is a member of that template: none may be shared with code that runs on any
 // machine, and none of the standard library is used.
 //
-//   paper         code             meaning                                                           unit
-//   lambda        column           longitude from the central meridian: its sine, cosine, 1 - cosine
-//   chi           rows             conformal latitude: its sine, cosine, distance on the meridian
-//   xi', eta'     xiPrime, etaPrime  transverse Mercator co-ordinates on the conformal sphere        radian
-//   zeta          -                2 (xi' + i eta')                                                  radian
-//   xi, eta       -                the same on the ellipsoid                                         radian
-//   alpha_j       series           Krueger's coefficients, j = 1 .. 6
-//   k0 A          scaledRadius     metres of the plane per radian                                    m
+//   paper       code               meaning                                                             unit
+//   lambda      column             longitude from the central meridian: its sine, cosine, 1 - cosine
+//   chi         rows               conformal latitude: its sine, cosine, distance along the meridian   m
+//   xi' - chi   turn               xi', eta': the point on the plane of the conformal sphere           radian
+//   2 |eta'|    stretch                                                                                radian
+//   zeta        -                  2 (xi' + i eta')                                                    radian
+//   xi, eta     - , eta            the point on the plane of the ellipsoid                             radian
+//   alpha_j     column.series      Krueger's coefficients, j = 1 .. 6, regrouped
+//   k0 A        radius             metres of the plane per radian                                      m
 //
 // Karney (2011), Transverse Mercator with an accuracy of a few nanometers, J. Geodesy 85, 475-485: Krueger's series to
-// the sixth order of the third flattening,
+// the sixth order of the third flattening, eqs. (11) and (35),
 //     xi + i eta = xi' + i eta' + sum over j = 1 .. 6 of alpha_j sin(j zeta),    x = x0 + k0 A eta,    y = k0 A xi
-// from the conformal sphere, where with the unit vector (u, v, w) = (sin(lambda) cos(chi), cos(lambda) cos(chi),
-// sin(chi)) and r2 = v^2 + w^2
+// from the conformal sphere. With the unit vector (u, v, w) = (sin(lambda) cos(chi), cos(lambda) cos(chi), sin(chi))
+// and r2 = v^2 + w^2,
 //     tan(xi') = w / v,                           tanh(eta') = u,
 //     sin(2 xi') = 2 v w / r2,                    cos(2 xi') = (v^2 - w^2) / r2,
 //     sinh(2 eta') = 2 u / r2,                    cosh(2 eta') = (1 + u^2) / r2.
 //
 // Departures from the paper, for the last digits and for speed:
-//   xi'      = chi + arctan[sin(chi) cos(chi) (1 - cos(lambda)) / (1 - cos(chi)^2 (1 - cos(lambda)))]: chi times k0 A
-//   is
-//              the row's, and what is added to it is small, so that its rounding is below that of the sum;
-//   eta'     = 1/2 ln[(r2 + 2 |u| (1 + |u|)) / r2] with the sign of u: no difference of nearly equal numbers as in
-//              (1 + u) / (1 - u), and 0 on the central meridian;
-//   the sum  = sin(zeta) p(2 cos(zeta)) with real coefficients p, see KrugerSeries in ZonePlane.cpp.
+//   xi'      is chi + arctan[sin(chi) cos(chi) m / (1 - cos(chi)^2 m)], m = 1 - cos(lambda). k0 A chi is the row's, and
+//            what is added to it is small near the zone: y is rounded where it is added up, and hardly before;
+//   eta'     is 1/2 ln[(r2 + 2 |u| (1 + |u|)) / r2] with the sign of u: r2 keeps its digits where 1 - u loses them, far
+//            from the central meridian, and on it the logarithm is 0;
+//   the sum  is sin(zeta) times a polynomial of 2 cos(zeta), see KrugerSeries in ZonePlane.cpp.
+// Error: kZonePlaneMaxError, with the test that holds it, in ZonePlane.h.
 
 #include <cstddef>
 
@@ -83,8 +84,8 @@ private:
 
     /// A number whose argument is xi' - chi.
     static Complex Turn(const ZoneColumnSource& column, const Sphere& p) noexcept {
-        const Doubles c = Lanes::All(column.versine) * p.cosine;
-        return {Lanes::Fnma(c, p.cosine, Lanes::All(1.0)), c * p.sine};
+        const Doubles mc = Lanes::All(column.versine) * p.cosine;
+        return {Lanes::Fnma(mc, p.cosine, Lanes::All(1.0)), mc * p.sine};
     }
 
     /// The fraction whose logarithm is 2 |eta'|.
@@ -94,7 +95,8 @@ private:
     }
 
     /// sum alpha_j sin(j zeta). A polynomial with real coefficients at a complex number k needs but two products a
-    /// term, because k^2 = 2 Re(k) k - |k|^2 takes a power off.
+    /// term: k^2 = 2 Re(k) k - |k|^2 takes its highest power off, term by term, down to the first. The sum is a
+    /// thousandth of a radian and may lose three digits to that.
     static Complex SeriesSum(const ZoneColumnSource& column, const Sphere& p, Doubles overR2) noexcept {
         const Doubles two = Lanes::All(2.0), one = Lanes::All(1.0);
         const Doubles sin2Xi = two * p.v * p.sine * overR2;

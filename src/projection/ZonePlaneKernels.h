@@ -6,7 +6,7 @@
 
 namespace tidora {
 
-inline constexpr std::size_t kKrugerTerms = 6;
+inline constexpr std::size_t kKrugerTerms = 6;  ///< as many as PROJ has: fewer differ from it, more would too
 
 /// What the points of a column share; angles from the central meridian.
 struct ZoneColumnSource {

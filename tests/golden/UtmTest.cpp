@@ -13,6 +13,7 @@
 #include <doctest/doctest.h>
 
 #include "golden/LargestError.h"
+#include "projection/ZonePlane.h"
 #include "projection/mapproject.h"
 
 using tidora::golden::LargestError;
@@ -262,6 +263,26 @@ TEST_CASE("a fault's far grid points agree with the projection's definition tens
         }
     }
     error.Report("UTM up to 30 degrees from the central meridian against the definition, m", 1e-6);
+}
+
+TEST_CASE("the plane of whole grids agrees with the projection's definition tens of degrees from the zone") {
+    std::vector<double> lat;
+    for (double row = -82.5; row <= 82.5; row += 5.5) {
+        lat.push_back(row);
+    }
+    const tidora::ZonePlane plane(54);
+    const tidora::ConformalRows rows(lat);
+    std::vector<double> x(lat.size()), y(lat.size());
+    LargestError error;
+    for (double lambda = -30.0; lambda <= 30.0; lambda += 2.5) {
+        CHECK(plane.Column(141.0 + lambda, rows, 0, lat.size(), x.data(), y.data()));
+        for (std::size_t row = 0; row < lat.size(); ++row) {
+            error.Add(Distance({x[row], y[row]}, Utm(ByDefinition(lat[row], lambda, kGrs80))),
+                      Named(141.0 + lambda, lat[row]));
+        }
+    }
+    // Rounding on both sides, as of the definition against the series.
+    error.Report("plane of whole grids up to 30 degrees from the central meridian against the definition, m", 2e-8);
 }
 
 struct RectangularZone {
