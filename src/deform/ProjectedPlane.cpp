@@ -17,13 +17,12 @@ constexpr double kPi = 3.141592653589793;
 
 class ProjectedPlane : public GridPlane {
 public:
-    explicit ProjectedPlane(const GridShape& grid) : m_grid(grid) {
+    explicit ProjectedPlane(const GridShape& grid) : m_grid(grid), m_lat(LatitudesOf(grid)), m_rows(m_lat) {
         for (int ix = 0; ix < grid.nx; ++ix) {
             m_lon.push_back(grid.X(ix));
         }
-        for (int iy = 0; iy < grid.ny; ++iy) {
-            m_lat.push_back(grid.Y(iy));
-            const Latitude latitude = LatitudeOf(m_lat.back());
+        for (const double lat : m_lat) {
+            const Latitude latitude = LatitudeOf(lat);
             m_latitudes.sine.push_back(latitude.sine);
             m_latitudes.cosine.push_back(latitude.cosine);
         }
@@ -33,7 +32,7 @@ public:
     GridWindow TurnTo(const ElementPlace& place) override {
         m_reach.emplace(place.orgX, place.orgY, place.reach);
         const int zone = UtmZone(place.orgX);
-        m_zone = &m_zones.try_emplace(zone, m_grid, zone).first->second;
+        m_zone = &m_zones.try_emplace(zone, m_grid, m_rows, zone).first->second;
         return WindowAround(place);
     }
 
@@ -51,6 +50,14 @@ public:
     }
 
 private:
+    static std::vector<double> LatitudesOf(const GridShape& grid) {
+        std::vector<double> lat;
+        for (int iy = 0; iy < grid.ny; ++iy) {
+            lat.push_back(grid.Y(iy));
+        }
+        return lat;
+    }
+
     /// Rows within the reach in latitude, and columns within the widest longitude difference of a circle of that
     /// radius. A thousandth of a degree more covers every rounding, the rounded pi's too; a column or row more decides
     /// nothing.
@@ -88,7 +95,8 @@ private:
 
     GridShape m_grid;
     std::vector<double> m_lon, m_lat;
-    Latitudes m_latitudes;
+    Latitudes m_latitudes;  ///< on the sphere of the reach
+    ConformalRows m_rows;   ///< on the ellipsoid of the zones
     std::map<int, ZoneColumns> m_zones;
     ZoneColumns* m_zone = nullptr;            ///< of the current element
     std::optional<GreatCircleReach> m_reach;  ///< of the current element

@@ -1,14 +1,11 @@
 #include "deform/ZoneColumns.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "projection/mapproject.h"
 
 namespace tidora {
 
-ZoneColumns::ZoneColumns(const GridShape& grid, int /*zone*/)
-    : m_grid(grid), m_columns(static_cast<std::size_t>(std::max(grid.nx, 0))) {}
+ZoneColumns::ZoneColumns(const GridShape& grid, const ConformalRows& rows, int zone)
+    : m_grid(grid), m_rows(rows), m_plane(zone), m_columns(static_cast<std::size_t>(std::max(grid.nx, 0))) {}
 
 const ZoneColumns::Column& ZoneColumns::Of(int ix, int first, int end) {
     Column& column = m_columns[static_cast<std::size_t>(ix)];
@@ -31,16 +28,10 @@ const ZoneColumns::Column& ZoneColumns::Of(int ix, int first, int end) {
 }
 
 void ZoneColumns::Project(int ix, int first, int end, Column& column) {
-    const int count = end - first;
     const auto at = static_cast<std::size_t>(first);
-    std::vector<double> lon(static_cast<std::size_t>(count), m_grid.X(ix)), lat;
-    for (int iy = first; iy < end; ++iy) {
-        lat.push_back(m_grid.Y(iy));
-    }
-    ll2xy_(&count, lon.data(), lat.data(), column.x.data() + at, column.y.data() + at);
-    for (std::size_t i = at; i < at + static_cast<std::size_t>(count); ++i) {
-        column.hasGaps = column.hasGaps || !std::isfinite(column.x[i]) || !std::isfinite(column.y[i]);
-    }
+    const bool haveAllPlaces = m_plane.Column(m_grid.X(ix), m_rows, at, static_cast<std::size_t>(end - first),
+                                              column.x.data() + at, column.y.data() + at);
+    column.hasGaps = column.hasGaps || !haveAllPlaces;
 }
 
 }  // namespace tidora

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "grid/GridShape.h"
+#include "projection/ZonePlane.h"
 
 namespace tidora {
 
@@ -11,7 +12,8 @@ namespace tidora {
 /// many elements in each of a few zones. 16 bytes a point of the columns that were asked for.
 class ZoneColumns {
 public:
-    ZoneColumns(const GridShape& grid, int zone);
+    /// rows: the latitudes of the grid; outlives this.
+    ZoneColumns(const GridShape& grid, const ConformalRows& rows, int zone);
 
     /// Columns of places, m; HUGE_VAL where a point has none. All rows of the grid, of which only the known ones count.
     struct Column {
@@ -27,6 +29,8 @@ private:
     void Project(int ix, int first, int end, Column& column);
 
     GridShape m_grid;
+    const ConformalRows& m_rows;
+    ZonePlane m_plane;
     std::vector<Column> m_columns;
 };
 

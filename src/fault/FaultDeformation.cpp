@@ -69,6 +69,7 @@ std::optional<PlanePoint> OriginOf(const FAULT_PARAM& element, DeformationFrame 
         const int one = 1;
         mapproject_initialize_using_longi_(element.org_x);
         ll2xy_(&one, &element.org_x, &element.org_y, &origin.x, &origin.y);
+        mapproject_finalize_();
         if (!std::isfinite(origin.x) || !std::isfinite(origin.y)) {
             return std::nullopt;
         }
