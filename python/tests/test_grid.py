@@ -65,9 +65,9 @@ def test_a_grid_larger_than_the_memory_is_opened_and_read_in_part(tmp_path):
 def test_the_kind_of_coordinates_is_guessed_with_a_warning(tmp_path):
     binary_grid(tmp_path / "degrees.bin", smooth(3, 3))
     binary_grid(tmp_path / "metres.bin", smooth(3, 3), (3e5, 4e6), 100.0)
-    with pytest.warns(tidora.TidoraWarning, match="degrees.*--coord geographic"):
+    with pytest.warns(tidora.TidoraWarning, match="degrees.*coord=geographic"):
         assert tidora.open_grid(tmp_path / "degrees.bin")["x"].attrs["units"] == "degrees_east"
-    with pytest.warns(tidora.TidoraWarning, match="metres.*--coord plane"):
+    with pytest.warns(tidora.TidoraWarning, match="metres.*coord=plane"):
         assert tidora.open_grid(tmp_path / "metres.bin")["x"].attrs["units"] == "m"
 
 

@@ -213,7 +213,7 @@ BAD = [
     (
         "two fields of unusual names",
         lambda path: xr.Dataset({name: (("y", "x"), np.ones((2, 2))) for name in "ab"}).to_netcdf(path),
-        "--variable chooses one of: a, b",
+        "variable chooses one of: a, b",
     ),
     (
         "no co-ordinates",

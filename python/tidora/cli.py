@@ -14,12 +14,38 @@ from fractions import Fraction
 from typing import Any, Callable, Iterator, Optional, Sequence
 
 from . import __version__
-from .errors import TidoraError, TidoraWarning, UsageError
+from .errors import Message, Parameter, TidoraError, TidoraWarning, UsageError, worded
 from .faults import RIGIDITY
 from .geometry import KINDS
 from .measure import DENSITY, GRAVITY
 
 Command = Callable[[argparse.Namespace], int]
+
+OPTIONS = {
+    "coord": "--coord",
+    "crs": "--crs",
+    "epoch": "--epoch",
+    "fill": "--fill",
+    "program": "--program",
+    "region": "--region",
+    "source": "IN",
+    "spacing": "--spacing",
+    "start": "--snapshot",
+    "step": "--dt",
+    "target": "OUT",
+    "variable": "--variable",
+    "whole_sum": "--sum",
+}
+"""What the parameters that messages of the library name are called on the command line."""
+
+
+def in_options(message: Message) -> str:
+    """A message of the library for somebody at the command line: its parameters under the names of their options."""
+
+    def option(parameter: Parameter) -> str:
+        return f"{OPTIONS[parameter.name]} {parameter.value}".rstrip()
+
+    return worded(message, option)
 
 
 def _positive(word: str) -> float:
@@ -126,6 +152,8 @@ def _plot(args: argparse.Namespace) -> int:
         open_field(args.topo, kind) if args.topo else None, read_faults(args.fault, kind) if args.fault else None
     )
     if args.frames:
+        if "time" not in opened[0].dims:
+            raise TidoraError("--frames needs a series, this is one grid")
         with _progress("Drawing", opened[0].sizes.get("time", 1)) as step:
             pictures = draw_frames(opened[0], args.output, overlay, args.limit, step)
     else:
@@ -236,7 +264,7 @@ def _convert(args: argparse.Namespace) -> int:
         ),
         _progress,
     )
-    print("\n".join(notes))
+    print("\n".join(map(in_options, notes)))
     return 0
 
 
@@ -312,10 +340,13 @@ def _shown_once() -> Callable[..., None]:
     """Takes the place of warnings.showwarning: says each note once, and nothing that libraries tell programmers."""
     said: set[str] = set()
 
-    def show(message: Any, category: type, *_: Any, **__: Any) -> None:
-        if issubclass(category, TidoraWarning) and str(message) not in said:
-            said.add(str(message))
-            print(f"tdr: note: {message}", file=sys.stderr)
+    def show(message: Any, *_: Any, **__: Any) -> None:
+        if not isinstance(message, TidoraWarning):
+            return
+        text = in_options(message.message)
+        if text not in said:
+            said.add(text)
+            print(f"tdr: note: {text}", file=sys.stderr)
 
     return show
 
@@ -351,12 +382,9 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
             status = args.command(args)
             sys.stdout.flush()
             return int(status)
-        except UsageError as error:
-            print(f"tdr: {error}", file=sys.stderr)
-            return 2
         except TidoraError as error:
-            print(f"tdr: {error}", file=sys.stderr)
-            return 1
+            print(f"tdr: {in_options(error.message)}", file=sys.stderr)
+            return 2 if isinstance(error, UsageError) else 1
         except BrokenPipeError:
             os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
             return 1

@@ -12,7 +12,7 @@ import pyproj
 import xarray as xr
 
 from . import text
-from .errors import FileError, Path, TidoraError, TidoraWarning
+from .errors import FileError, Parameter, Path, TidoraError, TidoraWarning
 from .geometry import GEOGRAPHIC, KINDS, PLANE
 
 RIGIDITY = 40e9
@@ -213,10 +213,6 @@ def guess_coord(path: Path) -> str:
     table = read_faults(path, PLANE)
     fits = bool(np.all(np.abs(table["y"].values) <= 90) and np.all(np.abs(table["x"].values) <= 360))
     kind = GEOGRAPHIC if fits else PLANE
-    warnings.warn(
-        f"{os.fspath(path)}: reference points taken as {'degrees' if fits else 'metres'} "
-        f"(say --coord {kind} to be sure)",
-        TidoraWarning,
-        stacklevel=2,
-    )
+    taken = f"{os.fspath(path)}: reference points taken as {'degrees' if fits else 'metres'} (say "
+    warnings.warn(TidoraWarning((taken, Parameter("coord", kind), " to be sure)")), stacklevel=2)
     return kind

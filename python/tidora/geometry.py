@@ -9,7 +9,7 @@ from typing import Any, Mapping, Optional
 import numpy as np
 import xarray as xr
 
-from .errors import TidoraError, TidoraWarning
+from .errors import Parameter, TidoraError, TidoraWarning
 from .lazy import as_field
 
 PLANE = "plane"
@@ -109,8 +109,11 @@ def shape_of(field: xr.DataArray) -> GridShape:
         # Axes of nearly the same spacing, computed in different ways, agree in the mean.
         if abs(float(best_x[0]) - float(best_y[0])) > 1e-6 * float(best_x[0]):
             raise TidoraError(
-                f"the spacings differ: {float(best_x[0]):.9g} along x, {float(best_y[0]):.9g} along y; "
-                "--spacing resamples"
+                (
+                    f"the spacings differ: {float(best_x[0]):.9g} along x, {float(best_y[0]):.9g} along y; ",
+                    Parameter("spacing"),
+                    " resamples",
+                )
             )
         common = [(max(best_x[1], best_y[1]), best_x[0])]
     misfit, dx = min(common, key=lambda fit: fit[0])
@@ -125,7 +128,8 @@ def guess_kind(shape: GridShape, what: str) -> str:
     looks_geographic = shape.org_x >= -360 and x <= 360 and shape.org_y >= -90 and y <= 90
     kind = GEOGRAPHIC if looks_geographic else PLANE
     unit = "degrees" if looks_geographic else "metres"
-    warnings.warn(f"{what}: co-ordinates taken as {unit} (say --coord {kind} to be sure)", TidoraWarning, stacklevel=3)
+    message = (f"{what}: co-ordinates taken as {unit} (say ", Parameter("coord", kind), " to be sure)")
+    warnings.warn(TidoraWarning(message), stacklevel=3)
     return kind
 
 

@@ -9,7 +9,7 @@ import numpy as np
 import xarray as xr
 
 from . import text
-from .errors import FileError, Path, TidoraError
+from .errors import FileError, Parameter, Path, TidoraError
 from .files import replacing
 from .geometry import MAX_VALUES, GridShape, guess_kind, make_field, row_blocks, shape_of
 from .lazy import Key, lazily
@@ -253,8 +253,12 @@ def complete_rows(field: xr.DataArray, rows: slice) -> np.ndarray:
     missing = int(np.count_nonzero(np.isnan(block)))
     if missing:
         raise TidoraError(
-            f"{missing} values are missing in rows {rows.start} to {rows.stop - 1}; the format has no "
-            "mark for them: --fill VALUE puts a number there"
+            (
+                f"{missing} values are missing in rows {rows.start} to {rows.stop - 1}; the format has no "
+                "mark for them: ",
+                Parameter("fill", "VALUE"),
+                " puts a number there",
+            )
         )
     return block
 

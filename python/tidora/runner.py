@@ -13,7 +13,7 @@ from pathlib import Path as FilePath
 from typing import IO, TYPE_CHECKING, Iterator, Optional
 
 from .config import Configuration, read_configuration
-from .errors import Path, TidoraError
+from .errors import Parameter, Path, TidoraError
 from .faults import RIGIDITY, read_faults, seismic_moment
 from .geometry import GEOGRAPHIC
 from .info import place, volume
@@ -45,7 +45,9 @@ def find_program(stated: Optional[Path] = None) -> str:
     built = FilePath(__file__).resolve().parents[2] / "build" / "Tidora"
     found = shutil.which("Tidora") or (str(built) if os.access(built, os.X_OK) else None)
     if found is None:
-        raise TidoraError(f"the program Tidora is neither in the search path nor at {built}; --program names it")
+        raise TidoraError(
+            (f"the program Tidora is neither in the search path nor at {built}; ", Parameter("program"), " names it")
+        )
     return found
 
 

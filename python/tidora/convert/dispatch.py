@@ -13,7 +13,7 @@ import numpy as np
 import pyproj
 import xarray as xr
 
-from ..errors import Path, TidoraError, UsageError
+from ..errors import Message, Parameter, Path, TidoraError, UsageError
 from ..geometry import GEOGRAPHIC, MAX_VALUES, PLANE, GridShape, kind_of, row_blocks, shape_of
 from ..grid import is_binary_name, write_grid
 from ..lazy import Key, as_field, lazily
@@ -31,7 +31,7 @@ Progress = Callable[[str, int], ContextManager[Callable[[str], None]]]
 
 @dataclass(frozen=True)
 class Request:
-    """What a conversion shall do; see ``tdr convert --help``."""
+    """What a conversion shall do."""
 
     source: Path
     target: Path
@@ -58,17 +58,17 @@ class Request:
     """Time 0 of a NetCDF series."""
 
 
-def convert(request: Request, progress: Progress) -> list[str]:
+def convert(request: Request, progress: Progress) -> list[Message]:
     """Converts a file.
 
     Returns
     -------
-    list of str
+    list of str, or of tuples of str and Parameter
         What was done, for the user.
     """
     form = _check_target(request)
     field = open_field(request.source, request.coord, request.variable)
-    notes: list[str] = []
+    notes: list[Message] = []
     field = _choose_layer(field, request, form, notes)
     field = _placed(field, request, notes)
     if request.fill is not None:
@@ -83,7 +83,9 @@ def convert(request: Request, progress: Progress) -> list[str]:
 def _check_target(request: Request) -> str:
     form = ending(request.target)
     if form not in ENDINGS:
-        raise UsageError(f"the ending of OUT says the format; '{form}' is none of {', '.join(ENDINGS)}")
+        raise UsageError(
+            ("the ending of ", Parameter("target"), f" says the format; '{form}' is none of {', '.join(ENDINGS)}")
+        )
     binary = is_binary_name(request.target)
     if form == ".bin" and not binary:
         raise UsageError("a grid that is called .bin and nothing else is read as text by the program")
@@ -94,18 +96,18 @@ def _check_target(request: Request) -> str:
         and os.path.exists(request.source)
         and os.path.samefile(request.source, request.target)
     ):
-        raise UsageError("IN and OUT are the same file")
+        raise UsageError((Parameter("source"), " and ", Parameter("target"), " are the same file"))
     if request.step is not None and form not in DTOPO:
-        raise UsageError("--dt is for dtopo files")
+        raise UsageError((Parameter("step"), " is for dtopo files"))
     if request.epoch is not None and form != ".nc":
-        raise UsageError("--epoch is for NetCDF files")
+        raise UsageError((Parameter("epoch"), " is for NetCDF files"))
     return form
 
 
-def _choose_layer(field: xr.DataArray, request: Request, form: str, notes: list[str]) -> xr.DataArray:
+def _choose_layer(field: xr.DataArray, request: Request, form: str, notes: list[Message]) -> xr.DataArray:
     if "time" not in field.dims:
         if request.start is not None or request.whole_sum:
-            raise UsageError("--snapshot and --sum are for series, this is one grid")
+            raise UsageError((Parameter("start"), " and ", Parameter("whole_sum"), " are for series, this is one grid"))
         return field
     if request.start is not None:
         return snapshot(field, request.start)
@@ -113,13 +115,19 @@ def _choose_layer(field: xr.DataArray, request: Request, form: str, notes: list[
     if not request.whole_sum and form in SERIES_ENDINGS and not places:
         if form in DTOPO and field.attrs.get("time_content") != "increment":
             raise TidoraError(
-                "the file does not say that its layers are what each interval adds; --snapshot chooses one"
+                (
+                    "the file does not say that its layers are what each interval adds; ",
+                    Parameter("start"),
+                    " chooses one",
+                )
             )
         return field
     if not request.whole_sum and field.sizes["time"] > 1:
         if field.attrs.get("time_content") != "increment":
-            raise TidoraError(f"the file has {field.sizes['time']} layers in time; --snapshot or --sum chooses")
-        notes.append(f"sum of {field.sizes['time']} intervals (--snapshot START takes one of them)")
+            layers = f"the file has {field.sizes['time']} layers in time; "
+            raise TidoraError((layers, Parameter("start"), " or ", Parameter("whole_sum"), " chooses"))
+        summed = f"sum of {field.sizes['time']} intervals ("
+        notes.append((summed, Parameter("start", "START"), " takes one of them)"))
     return total(field, np.float32)
 
 
@@ -133,7 +141,7 @@ def _filled(field: xr.DataArray, value: float) -> xr.DataArray:
     return as_field(field.dims, lazily(field.shape, read), field.attrs, field.coords)
 
 
-def _placed(field: xr.DataArray, request: Request, notes: list[str]) -> xr.DataArray:
+def _placed(field: xr.DataArray, request: Request, notes: list[Message]) -> xr.DataArray:
     """The field on the nodes that are asked for."""
     if request.source_crs is not None:
         field = with_crs(field, to_crs(request.source_crs))
@@ -153,16 +161,17 @@ def _placed(field: xr.DataArray, request: Request, notes: list[str]) -> xr.DataA
             field = with_crs(field, wanted)
         return field if request.region is None else _cropped(field, request.region, notes)
     if "time" in field.dims:
-        raise TidoraError("a whole series cannot be put on other nodes; --snapshot or --sum chooses one layer")
+        whole = "a whole series cannot be put on other nodes; "
+        raise TidoraError((whole, Parameter("start"), " or ", Parameter("whole_sum"), " chooses one layer"))
     if request.spacing is None:
-        raise UsageError("another reference system needs --spacing, in the units of the new one")
+        raise UsageError(("another reference system needs ", Parameter("spacing"), ", in the units of the new one"))
     kind = kind_of(field) if wanted is None else kind_of_crs(wanted)
     shape = _target_shape(field, request, kind, own, None if same else wanted)
     to_source = None if same or own is None or wanted is None else _to_source(wanted, own)
     return _put(field, shape, kind, to_source, wanted, request.resampling, notes)
 
 
-def _cropped(field: xr.DataArray, region: tuple[float, float, float, float], notes: list[str]) -> xr.DataArray:
+def _cropped(field: xr.DataArray, region: tuple[float, float, float, float], notes: list[Message]) -> xr.DataArray:
     """The nodes of a field within a region."""
     west, east, south, north = region
     spacing = float(field["x"][1] - field["x"][0]) if field.sizes["x"] > 1 else 1.0
@@ -181,11 +190,13 @@ def _cropped(field: xr.DataArray, region: tuple[float, float, float, float], not
         or (south < y[0] - spacing)
         or north > y[-1] + spacing
     ):
-        raise TidoraError(
+        outside = (
             f"the region {'/'.join(f'{value:g}' for value in region)} is not within the grid, "
             f"{x[0]:.10g}/{x[-1]:.10g}/{y[0]:.10g}/{y[-1]:.10g}"
-            + ("; --spacing resamples across the edge of a global grid" if kind_of(field) == GEOGRAPHIC else "")
         )
+        if kind_of(field) != GEOGRAPHIC:
+            raise TidoraError(outside)
+        raise TidoraError((outside, "; ", Parameter("spacing"), " resamples across the edge of a global grid"))
     cut = field.isel(x=slice(int(columns[0]), int(columns[-1]) + 1), y=slice(int(rows[0]), int(rows[-1]) + 1))
     notes.append(
         f"nodes within the region: x {float(cut['x'][0]):.10g} to {float(cut['x'][-1]):.10g}, "
@@ -212,7 +223,7 @@ def _target_shape(
     region = request.region
     if region is None:
         if wanted is not None:
-            raise UsageError("another reference system needs --region")
+            raise UsageError(("another reference system needs ", Parameter("region")))
         x, y = field["x"].values, field["y"].values
         region = (float(x[0]), float(x[-1]), float(y[0]), float(y[-1]))
         # The last node may lie before the end.
@@ -264,7 +275,7 @@ def _put(
     to_source: Optional[ToSource],
     wanted: Optional[pyproj.CRS],
     resampling: str,
-    notes: list[str],
+    notes: list[Message],
 ) -> xr.DataArray:
     ratio = shape.dx / _source_spacing(field, shape, kind)
     samples = max(1, round(ratio)) if resampling == "mean" or (resampling == "auto" and ratio >= 1.999) else 1

@@ -14,7 +14,7 @@ from typing import Callable, Optional
 import numpy as np
 import xarray as xr
 
-from ..errors import Path, TidoraError
+from ..errors import Parameter, Path, TidoraError
 from ..files import replacing
 from ..geometry import GridShape, row_blocks, shape_of
 from ..series import interval_times
@@ -53,7 +53,11 @@ def time_steps(starts: np.ndarray, lengths: np.ndarray, step: Optional[float] = 
         step = float(math.gcd(*ticks) * _TICK)
         if step <= 0 or (end - first) / step + 1 > MAX_TIMES:
             raise TidoraError(
-                f"a step that meets every interval gives more than {MAX_TIMES} times; --dt SECONDS takes " "another one"
+                (
+                    f"a step that meets every interval gives more than {MAX_TIMES} times; ",
+                    Parameter("step", "SECONDS"),
+                    " takes another one",
+                )
             )
     return first, step, math.ceil((end - first) / step - 1e-9) + 1
 
@@ -123,7 +127,7 @@ def write_dtopo(
                     for layer, part_done in moving:
                         block += part_done * layers[layer].isel(y=rows).values
                 if np.isnan(block).any():
-                    raise TidoraError("values are missing; --fill VALUE puts a number there")
+                    raise TidoraError(("values are missing; ", Parameter("fill", "VALUE"), " puts a number there"))
                 file.write(_rows_text(block[::-1]))
             progress(f"{time:g} s")
     return shape

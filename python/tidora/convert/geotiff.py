@@ -18,7 +18,7 @@ from rasterio.errors import RasterioError, RasterioIOError
 from rasterio.transform import Affine
 from rasterio.windows import Window
 
-from ..errors import FileError, Path, TidoraError
+from ..errors import FileError, Parameter, Path, TidoraError
 from ..files import replacing
 from ..geometry import GEOGRAPHIC, PLANE, GridShape, axis_attributes, guess_kind, make_field, row_blocks, shape_of
 from ..lazy import Key, as_field, lazily, span
@@ -43,7 +43,9 @@ def write_geotiff(field: xr.DataArray, path: Path, progress: Callable[[str], Non
     shape = shape_of(field)
     crs = crs_of(field)
     if crs is None:
-        raise TidoraError("a GeoTIFF needs the reference system of the plane: --crs EPSG:32654, say")
+        raise TidoraError(
+            ("a GeoTIFF needs the reference system of the plane: ", Parameter("crs", "EPSG:32654"), ", say")
+        )
     half = shape.dx / 2
     transform = Affine(shape.dx, 0, shape.org_x - half, 0, -shape.dx, float(shape.y[-1]) + half)
     profile = {

@@ -13,7 +13,7 @@ import pyproj
 import xarray as xr
 
 from .. import __version__
-from ..errors import FileError, Path, TidoraError
+from ..errors import FileError, Parameter, Path, TidoraError
 from ..files import replacing
 from ..geometry import GEOGRAPHIC, PLANE, GridShape, axis_attributes, guess_kind, kind_of, row_blocks, shape_of
 from ..lazy import Key, as_field, lazily, span
@@ -243,7 +243,9 @@ def _choose(path: Path, dataset: xr.Dataset, name: Optional[str]) -> xr.DataArra
         if not usual:
             raise FileError(
                 path,
-                f"--variable chooses one of: {', '.join(fields)}" if fields else "has no variable of rows and columns",
+                (Parameter("variable"), f" chooses one of: {', '.join(fields)}")
+                if fields
+                else "has no variable of rows and columns",
             )
         return fields[usual[0]]
     return next(iter(fields.values()))

@@ -199,7 +199,7 @@ def draw_frames(
     """
     picture = check_ending(path)
     if "time" not in series.dims:
-        raise TidoraError("--frames needs a series, this is one grid")
+        raise TidoraError("a picture of frames needs a series, this is one grid")
     overlay.check(series)
     top = _largest_of_frames(series)
     figures = _frames(series, limit or min(top, colour_limit([total(series)])), top, overlay)
