@@ -9,7 +9,9 @@ import pytest
 from conftest import DATA, binary_grid
 
 import tidora
-from tidora.faults import distinct_places, guess_coord, lower_depth, magnitude, upper_depth, utm_zone
+from tidora.faults.moment import distinct_places, magnitude
+from tidora.faults.outlines import utm_zone
+from tidora.faults.table import guess_coord, lower_depth, upper_depth
 
 LINE = "36 141 6000 2000 190 15 85 40000 20000 3.5"
 

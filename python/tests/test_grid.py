@@ -9,7 +9,7 @@ import pytest
 from conftest import DATA, DX, ROOT, binary_grid, smooth
 
 import tidora
-from tidora.geometry import GridShape, shape_of
+from tidora.fields.shape import GridShape, shape_of
 
 
 def test_a_binary_grid_has_its_southern_row_first_and_x_fastest(tmp_path):

@@ -8,8 +8,9 @@ import pytest
 from conftest import binary_grid, series, smooth
 
 import tidora
-from tidora.geometry import GridShape, make_field
-from tidora.measure import cell_areas, measure
+from tidora.fields.making import make_field
+from tidora.fields.measure import cell_areas, measure
+from tidora.fields.shape import GridShape
 
 
 def test_all_cells_of_the_earth_have_the_area_of_the_ellipsoid():

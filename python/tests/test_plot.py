@@ -11,7 +11,8 @@ matplotlib.use("Agg")
 import matplotlib.pyplot as plt  # noqa: E402
 
 import tidora  # noqa: E402
-from tidora.geometry import GridShape, make_field  # noqa: E402
+from tidora.fields.making import make_field  # noqa: E402
+from tidora.fields.shape import GridShape  # noqa: E402
 from tidora.plot.figures import colour_limit, draw_frames, draw_maps, draw_section, round_up  # noqa: E402
 from tidora.plot.maps import Overlay, _metres, aspect, draw_map, edges, nice, profile, thinned  # noqa: E402
 

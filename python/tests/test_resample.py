@@ -7,8 +7,9 @@ import pytest
 from conftest import DATA, DX, binary_grid, smooth, tdr
 
 import tidora
-from tidora.geometry import GridShape, make_field
-from tidora.resample import resampled, sample
+from tidora.fields.making import make_field
+from tidora.fields.resample import resampled, sample
+from tidora.fields.shape import GridShape
 
 
 def bathymetry(path, west, south, nx, ny, spacing, function, dtype="f4"):
@@ -134,7 +135,7 @@ def test_only_the_window_of_the_source_is_read():
         rows, columns = (range(*part.indices(size)) for part, size in zip(key, (4000, 5000)))
         return np.add.outer(np.array(rows), np.array(columns)).astype(np.float32)
 
-    from tidora.lazy import lazily
+    from tidora.fields.lazy import lazily
 
     field = make_field(lazily((4000, 5000), read), GridShape(0.0, 0.0, 5000, 4000, 1.0), "plane", {})
     values = sample(field, np.array([100.5, 103.25]), np.array([2000.0, 2001.5]))

@@ -6,9 +6,12 @@
 """
 
 from .errors import FileError, TidoraError, TidoraWarning
-from .faults import outlines, read_faults, seismic_moment
+from .faults.moment import seismic_moment
+from .faults.outlines import outlines
+from .faults.table import read_faults
+from .fields.series import snapshot, total
 from .grid import open_grid, write_grid
-from .series import open_series, snapshot, total
+from .series import open_series
 
 __all__ = [
     "FileError",

@@ -15,9 +15,9 @@ from typing import Any, Callable, Iterator, Optional, Sequence
 
 from . import __version__
 from .errors import Message, Parameter, TidoraError, TidoraWarning, UsageError, worded
-from .faults import RIGIDITY
-from .geometry import KINDS
-from .measure import DENSITY, GRAVITY
+from .faults.moment import RIGIDITY
+from .fields.kinds import KINDS
+from .fields.measure import DENSITY, GRAVITY
 
 Command = Callable[[argparse.Namespace], int]
 
@@ -133,13 +133,13 @@ def _section(word: str) -> tuple[float, ...]:
 
 
 def _plot(args: argparse.Namespace) -> int:
-    from .faults import read_faults
-    from .geometry import kind_of
+    from .faults.table import read_faults
+    from .fields.kinds import kind_of
+    from .fields.series import snapshot, total
     from .opening import open_field
-    from .plot import draw_frames, draw_maps, draw_section
     from .plot.figures import check_ending
+    from .plot.figures import draw_frames, draw_maps, draw_section
     from .plot.maps import Overlay
-    from .series import snapshot, total
 
     check_ending(args.output)
     if (args.frames or args.section) and len(args.files) > 1:
@@ -243,7 +243,7 @@ def _epoch(word: str) -> datetime:
 
 
 def _convert(args: argparse.Namespace) -> int:
-    from .convert import Request, convert
+    from .convert.dispatch import Request, convert
 
     notes = convert(
         Request(

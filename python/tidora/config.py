@@ -8,7 +8,7 @@ from typing import Iterator
 
 from . import text
 from .errors import FileError, Path
-from .geometry import GEOGRAPHIC, PLANE
+from .fields.kinds import GEOGRAPHIC, PLANE
 
 
 @dataclass(frozen=True)

@@ -9,10 +9,13 @@ import numpy as np
 import xarray as xr
 
 from . import text
-from .errors import FileError, Parameter, Path, TidoraError
+from .errors import FileError, Path, TidoraError
+from .fields.kinds import guess_kind
+from .fields.lazy import Key, lazily
+from .fields.making import make_field
+from .fields.missing import complete_rows
+from .fields.shape import MAX_VALUES, GridShape, row_blocks, shape_of
 from .files import replacing
-from .geometry import MAX_VALUES, GridShape, guess_kind, make_field, row_blocks, shape_of
-from .lazy import Key, lazily
 
 HEADER = np.dtype([("org_x", "=f8"), ("org_y", "=f8"), ("nx", "=i4"), ("ny", "=i4"), ("dx", "=f4")])
 """The 28 bytes before the values of a binary grid; native byte order, no padding."""
@@ -245,22 +248,6 @@ def write_grid(field: xr.DataArray, path: Path, progress: Callable[[str], None] 
             file.write(block.tobytes() if binary else _row_text(block))
             progress("")
     return shape
-
-
-def complete_rows(field: xr.DataArray, rows: slice) -> np.ndarray:
-    """float32 (rows, nx): a block of rows, without missing values."""
-    block = np.ascontiguousarray(field.isel(y=rows).values, dtype=np.float32)
-    missing = int(np.count_nonzero(np.isnan(block)))
-    if missing:
-        raise TidoraError(
-            (
-                f"{missing} values are missing in rows {rows.start} to {rows.stop - 1}; the format has no "
-                "mark for them: ",
-                Parameter("fill", "VALUE"),
-                " puts a number there",
-            )
-        )
-    return block
 
 
 def _corner_text(shape: GridShape) -> str:

@@ -8,12 +8,15 @@ from typing import Any, Optional
 import numpy as np
 import xarray as xr
 
-from . import faults as fault_table
 from .errors import Path
-from .geometry import GEOGRAPHIC, kind_of, shape_of
-from .measure import Extreme, Measures, measure
+from .faults.moment import RIGIDITY, distinct_places, element_potency, magnitude, seismic_moment
+from .faults.outlines import outlines
+from .faults.table import guess_coord, lower_depth, read_faults, upper_depth
+from .fields.kinds import GEOGRAPHIC, kind_of
+from .fields.measure import Extreme, Measures, measure
+from .fields.series import total
+from .fields.shape import shape_of
 from .opening import FAULTS, open_field, recognise
-from .series import total
 
 Report = dict[str, Any]
 
@@ -25,7 +28,7 @@ def describe(
     topography: Optional[Path] = None,
     density: float = 1025.0,
     gravity: float = 9.8,
-    rigidity: float = fault_table.RIGIDITY,
+    rigidity: float = RIGIDITY,
 ) -> Report:
     """Figures of a file, with the unit in every name.
 
@@ -113,13 +116,13 @@ def _figures(measures: Measures) -> Report:
 
 
 def _describe_faults(path: Path, coord: Optional[str], rigidity: float) -> Report:
-    faults = fault_table.read_faults(path, coord or fault_table.guess_coord(path))
-    size = fault_table.seismic_moment(faults, rigidity)
-    upper, column = fault_table.upper_depth(faults)
-    lower = fault_table.lower_depth(faults)
-    potency = fault_table.element_potency(faults)
+    faults = read_faults(path, coord or guess_coord(path))
+    size = seismic_moment(faults, rigidity)
+    upper, column = upper_depth(faults)
+    lower = lower_depth(faults)
+    potency = element_potency(faults)
     start, end = faults["lag_time"].values, (faults["lag_time"] + faults["duration"]).values
-    corners = fault_table.outlines(faults)
+    corners = outlines(faults)
     count = faults.sizes["element"]
     elements = [
         {
@@ -133,7 +136,7 @@ def _describe_faults(path: Path, coord: Optional[str], rigidity: float) -> Repor
             "area_m2": float(faults["length"][at] * faults["width"][at]),
             "potency_m3": float(potency[at]),
             "moment_Nm": float(rigidity * potency[at]),
-            "magnitude": fault_table.magnitude(float(rigidity * potency[at])),
+            "magnitude": magnitude(float(rigidity * potency[at])),
         }
         for at in range(count)
     ]
@@ -144,7 +147,7 @@ def _describe_faults(path: Path, coord: Optional[str], rigidity: float) -> Repor
         "elements": elements,
         "element_count": count,
         "with_slip": int(np.count_nonzero(potency)),
-        "rectangles": fault_table.distinct_places(faults),
+        "rectangles": distinct_places(faults),
         "rigidity_Pa": rigidity,
         "area_m2": size.area,
         "potency_m3": size.potency,

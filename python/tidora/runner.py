@@ -14,11 +14,13 @@ from typing import IO, TYPE_CHECKING, Iterator, Optional
 
 from .config import Configuration, read_configuration
 from .errors import Parameter, Path, TidoraError
-from .faults import RIGIDITY, read_faults, seismic_moment
-from .geometry import GEOGRAPHIC
+from .faults.moment import RIGIDITY, seismic_moment
+from .faults.table import read_faults
+from .fields.kinds import GEOGRAPHIC
+from .fields.measure import Extreme, measure
+from .fields.series import total
 from .info import place, volume
-from .measure import Extreme, measure
-from .series import open_series, total
+from .series import open_series
 
 if TYPE_CHECKING:
     from rich.progress import Progress, TaskID

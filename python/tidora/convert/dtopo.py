@@ -15,9 +15,9 @@ import numpy as np
 import xarray as xr
 
 from ..errors import Parameter, Path, TidoraError
+from ..fields.series import interval_times
+from ..fields.shape import GridShape, row_blocks, shape_of
 from ..files import replacing
-from ..geometry import GridShape, row_blocks, shape_of
-from ..series import interval_times
 
 MAX_TIMES = 1000
 """Steps that are taken without being asked for."""

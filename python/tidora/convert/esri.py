@@ -10,9 +10,10 @@ import xarray as xr
 
 from .. import text
 from ..errors import FileError, Path, TidoraError
+from ..fields.kinds import axis_attributes, guess_kind
+from ..fields.missing import complete_rows
+from ..fields.shape import MAX_VALUES, GridShape, row_blocks, shape_of
 from ..files import replacing
-from ..geometry import MAX_VALUES, GridShape, axis_attributes, guess_kind, row_blocks, shape_of
-from ..grid import complete_rows
 
 NO_DATA = -99999.0
 """Written in the header; no value may have it."""

@@ -19,10 +19,13 @@ from rasterio.transform import Affine
 from rasterio.windows import Window
 
 from ..errors import FileError, Parameter, Path, TidoraError
+from ..fields.kinds import GEOGRAPHIC, PLANE, axis_attributes, guess_kind
+from ..fields.lazy import Key, lazily, span
+from ..fields.making import as_field
+from ..fields.making import make_field
+from ..fields.reference import crs_of, kind_of_crs
+from ..fields.shape import GridShape, row_blocks, shape_of
 from ..files import replacing
-from ..geometry import GEOGRAPHIC, PLANE, GridShape, axis_attributes, guess_kind, make_field, row_blocks, shape_of
-from ..lazy import Key, as_field, lazily, span
-from .reference import crs_of, kind_of_crs
 
 _ORIGIN = "TIDORA_ORIGIN"
 _SPACING = "TIDORA_SPACING"

@@ -14,10 +14,12 @@ import xarray as xr
 
 from .. import __version__
 from ..errors import FileError, Parameter, Path, TidoraError
+from ..fields.kinds import GEOGRAPHIC, PLANE, axis_attributes, guess_kind, kind_of
+from ..fields.lazy import Key, lazily, span
+from ..fields.making import as_field
+from ..fields.reference import crs_of
+from ..fields.shape import GridShape, row_blocks, shape_of
 from ..files import replacing
-from ..geometry import GEOGRAPHIC, PLANE, GridShape, axis_attributes, guess_kind, kind_of, row_blocks, shape_of
-from ..lazy import Key, as_field, lazily, span
-from .reference import crs_of
 
 _X_NAMES = ("x", "lon", "longitude", "easting", "col")
 _Y_NAMES = ("y", "lat", "latitude", "northing", "row")

@@ -19,8 +19,8 @@ from matplotlib.cm import ScalarMappable  # noqa: E402
 from matplotlib.figure import Figure  # noqa: E402
 
 from ..errors import Path, TidoraError, UsageError  # noqa: E402
+from ..fields.series import total  # noqa: E402
 from ..files import replacing  # noqa: E402
-from ..series import total  # noqa: E402
 from .maps import Overlay, aspect, draw_map, edges, profile, thinned  # noqa: E402
 
 ENDINGS = (".png", ".pdf", ".svg")

@@ -16,9 +16,9 @@ from matplotlib.patheffects import withStroke
 from matplotlib.ticker import FuncFormatter, MaxNLocator
 
 from ..errors import TidoraError
-from ..faults import outlines
-from ..geometry import GEOGRAPHIC, kind_of
-from ..resample import sample
+from ..faults.outlines import outlines
+from ..fields.kinds import GEOGRAPHIC, kind_of
+from ..fields.resample import sample
 
 COLOURS = "RdBu_r"
 COAST = "#3a3a32"

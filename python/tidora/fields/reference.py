@@ -2,13 +2,14 @@
 
 from __future__ import annotations
 
-from typing import Any, Optional
+from typing import Any, Callable, Optional
 
+import numpy as np
 import pyproj
 import xarray as xr
 
 from ..errors import TidoraError
-from ..geometry import GEOGRAPHIC, PLANE, kind_of
+from .kinds import GEOGRAPHIC, PLANE, kind_of
 
 GEOGRAPHIC_CRS = "EPSG:4326"
 """Taken for degrees when nothing else is said; GRS80, which the program uses, differs from it by less than 0.1 mm."""
@@ -57,3 +58,16 @@ def with_crs(field: xr.DataArray, crs: pyproj.CRS) -> xr.DataArray:
     if kind_of_crs(crs) != kind_of(field):
         raise TidoraError(f"the field has {kind_of(field)} co-ordinates, {crs.name} is {kind_of_crs(crs)}")
     return field.assign_attrs(crs_wkt=crs.to_wkt())
+
+
+def transformation(
+    source: pyproj.CRS, target: pyproj.CRS
+) -> Callable[[np.ndarray, np.ndarray], tuple[np.ndarray, np.ndarray]]:
+    """What takes x and y, or longitude and latitude, of one reference system to those of another."""
+    transformer = pyproj.Transformer.from_crs(source, target, always_xy=True)
+
+    def transform(x: np.ndarray, y: np.ndarray) -> tuple[np.ndarray, np.ndarray]:
+        a, b = transformer.transform(x, y)
+        return np.asarray(a), np.asarray(b)
+
+    return transform

@@ -7,9 +7,11 @@ from typing import Callable, Optional
 import numpy as np
 import xarray as xr
 
-from .errors import TidoraError
-from .geometry import GEOGRAPHIC, GridShape, kind_of, make_field
+from ..errors import TidoraError
+from .kinds import GEOGRAPHIC, kind_of
 from .lazy import Key, lazily, span
+from .making import make_field
+from .shape import GridShape
 
 SNAP = 1e-4
 """Part of a spacing below which a point counts as a node, whose value is then taken as it is."""

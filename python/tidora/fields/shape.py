@@ -1,23 +1,19 @@
-"""Where a grid lies: its shape, its kind of co-ordinates, and how they look in xarray."""
+"""Where the nodes of a grid lie."""
 
 from __future__ import annotations
 
-import warnings
 from dataclasses import dataclass
-from typing import Any, Mapping, Optional
 
 import numpy as np
 import xarray as xr
 
-from .errors import Parameter, TidoraError, TidoraWarning
-from .lazy import as_field
-
-PLANE = "plane"
-GEOGRAPHIC = "geographic"
-KINDS = (PLANE, GEOGRAPHIC)
+from ..errors import Parameter, TidoraError
 
 MAX_VALUES = 2**31 - 1
 """nx times ny of a grid is below 2^31."""
+
+Region = tuple[float, float, float, float]
+"""West, east, south and north."""
 
 
 @dataclass(frozen=True)
@@ -120,64 +116,6 @@ def shape_of(field: xr.DataArray) -> GridShape:
     if misfit > 1e-3:
         raise TidoraError(f"the nodes are not equally spaced: off by up to {misfit:.3g} of a spacing")
     return GridShape(float(x[0]), float(y[0]), x.size, y.size, float(dx))
-
-
-def guess_kind(shape: GridShape, what: str) -> str:
-    """Kind of co-ordinates of a grid that does not say it; the guess is reported as a warning."""
-    x, y = shape.org_x + (shape.nx - 1) * shape.dx, shape.org_y + (shape.ny - 1) * shape.dx
-    looks_geographic = shape.org_x >= -360 and x <= 360 and shape.org_y >= -90 and y <= 90
-    kind = GEOGRAPHIC if looks_geographic else PLANE
-    unit = "degrees" if looks_geographic else "metres"
-    message = (f"{what}: co-ordinates taken as {unit} (say ", Parameter("coord", kind), " to be sure)")
-    warnings.warn(TidoraWarning(message), stacklevel=3)
-    return kind
-
-
-def axis_attributes(kind: str, axis: str) -> dict[str, str]:
-    """CF attributes of co-ordinate ``x`` or ``y``."""
-    if kind == GEOGRAPHIC:
-        name, unit = {"x": ("longitude", "degrees_east"), "y": ("latitude", "degrees_north")}[axis]
-        return {"standard_name": name, "long_name": name, "units": unit, "axis": axis.upper()}
-    return {
-        "standard_name": f"projection_{axis}_coordinate",
-        "long_name": f"{axis} in the plane of the grid",
-        "units": "m",
-        "axis": axis.upper(),
-    }
-
-
-def kind_of(field: xr.DataArray) -> str:
-    """Kind of co-ordinates of a field: `PLANE` or `GEOGRAPHIC`."""
-    return GEOGRAPHIC if str(field["x"].attrs.get("units", "")).startswith("degree") else PLANE
-
-
-def make_field(
-    data: Any,
-    shape: GridShape,
-    kind: str,
-    attrs: Mapping[str, Any],
-    leading: Optional[Mapping[str, Any]] = None,
-) -> xr.DataArray:
-    """A field on a grid.
-
-    Parameters
-    ----------
-    data : array_like, (..., ny, nx)
-        Values, the southern row first; a lazily indexed array is not read.
-    shape : GridShape
-        Its nodes.
-    kind : str
-        `PLANE` or `GEOGRAPHIC`.
-    attrs : mapping
-        Attributes of the field.
-    leading : mapping, optional
-        Co-ordinates of the dimension ``time``: name to variable.
-    """
-    coords: dict[str, Any] = dict(leading or {})
-    coords["y"] = ("y", shape.y, axis_attributes(kind, "y"))
-    coords["x"] = ("x", shape.x, axis_attributes(kind, "x"))
-    dims = ("time", "y", "x") if leading else ("y", "x")
-    return as_field(dims, data, {**attrs, "grid_spacing": shape.dx}, coords)
 
 
 def row_blocks(shape: GridShape, values: int = 1 << 18) -> list[slice]:

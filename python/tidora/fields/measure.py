@@ -13,8 +13,9 @@ from typing import Optional
 import numpy as np
 import xarray as xr
 
-from .errors import TidoraError
-from .geometry import GEOGRAPHIC, GridShape, kind_of, row_blocks, shape_of
+from ..errors import TidoraError
+from .kinds import GEOGRAPHIC, kind_of
+from .shape import GridShape, row_blocks, shape_of
 
 DENSITY = 1025.0
 """Of sea water, kg/m3."""

@@ -1,22 +1,16 @@
-"""The fault file: its elements, their moment, and where each of them lies."""
+"""The table of the elements of a rupture, and the fault file that holds it."""
 
 from __future__ import annotations
 
-import math
 import os
 import warnings
-from typing import NamedTuple
 
 import numpy as np
-import pyproj
 import xarray as xr
 
-from . import text
-from .errors import FileError, Parameter, Path, TidoraError, TidoraWarning
-from .geometry import GEOGRAPHIC, KINDS, PLANE
-
-RIGIDITY = 40e9
-"""Pa; taken when none is given."""
+from .. import text
+from ..errors import FileError, Parameter, Path, TidoraWarning
+from ..fields.kinds import GEOGRAPHIC, KINDS, PLANE
 
 _COLUMNS = (
     # name, column of the file, unit, meaning
@@ -92,54 +86,6 @@ def _number(path: Path, line: int, words: list[str], column: int, name: str) -> 
         ) from None
 
 
-class Moment(NamedTuple):
-    """Size of a rupture. Slip of either sign counts by its amount."""
-
-    area: float
-    """m2, elements in one place counted once"""
-    potency: float
-    """m3"""
-    moment: float
-    """N m"""
-    magnitude: float
-    """(log10 moment - 9.1) / 1.5; NaN without slip"""
-
-
-def magnitude(moment: float) -> float:
-    """Moment magnitude of a moment in N m: (log10 M0 - 9.1) / 1.5 (Kanamori 1977; constant of the IASPEI standard)."""
-    return (math.log10(moment) - 9.1) / 1.5 if moment > 0 else math.nan
-
-
-def seismic_moment(faults: xr.Dataset, rigidity: float = RIGIDITY) -> Moment:
-    """Area, potency, moment and magnitude of all elements.
-
-    Parameters
-    ----------
-    faults : xarray.Dataset
-        Of `read_faults`.
-    rigidity : float
-        Pa.
-    """
-    potency = float(np.sum(element_potency(faults)))
-    area = sum(length * width for length, width in {row[:7]: row[:2] for row in _places(faults)}.values())
-    return Moment(float(area), potency, rigidity * potency, magnitude(rigidity * potency))
-
-
-def element_potency(faults: xr.Dataset) -> np.ndarray:
-    """float64 (element,): length times width times the amount of slip, m3."""
-    return np.asarray(faults["length"].values * faults["width"].values * np.abs(faults["slip"].values))
-
-
-def _places(faults: xr.Dataset) -> list[tuple[float, ...]]:
-    names = ("length", "width", "x", "y", "strike", "dip", upper_depth(faults)[1])
-    return list(zip(*(faults[name].values.tolist() for name in names)))
-
-
-def distinct_places(faults: xr.Dataset) -> int:
-    """Number of different rectangles: a rupture in time repeats one for each of its windows."""
-    return len(set(_places(faults)))
-
-
 def upper_depth(faults: xr.Dataset) -> tuple[np.ndarray, str]:
     """Depth of the upper edges in m, (element,), and the column that counts for the program.
 
@@ -152,57 +98,6 @@ def upper_depth(faults: xr.Dataset) -> tuple[np.ndarray, str]:
 def lower_depth(faults: xr.Dataset) -> np.ndarray:
     """float64 (element,): depth of the lower edges in m, from the same level as `upper_depth`."""
     return upper_depth(faults)[0] + faults["width"].values * np.sin(np.radians(faults["dip"].values))
-
-
-def utm_zone(longitude: float) -> int:
-    """UTM zone that the program takes for an element, from the longitude of its reference point in degrees."""
-    return int((longitude - 180.0 if longitude > 180.0 else longitude + 180.0) / 6.0 + 1.0)
-
-
-def outlines(faults: xr.Dataset) -> np.ndarray:
-    """Corners of the elements at the surface.
-
-    Parameters
-    ----------
-    faults : xarray.Dataset
-        Of `read_faults`. Geographic elements are rectangles in the UTM zone of their reference point on the GRS80
-        ellipsoid, as the program computes them, and brought back to degrees.
-
-    Returns
-    -------
-    numpy.ndarray, float64, (element, 4, 2)
-        x and y of: the reference point, the other end of the upper edge, and the lower edge back again. The upper
-        edge runs from corner 0 to corner 1, along strike; corner 2 and 3 lie down dip, to its right.
-    """
-    strike, dip = np.radians(faults["strike"].values), np.radians(faults["dip"].values)
-    along = faults["length"].values[:, None] * np.stack([np.sin(strike), np.cos(strike)], axis=-1)
-    down = (faults["width"].values * np.cos(dip))[:, None] * np.stack([np.cos(strike), -np.sin(strike)], axis=-1)
-    offsets = np.stack([0 * along, along, along + down, down], axis=1)
-    reference = np.stack([faults["x"].values, faults["y"].values], axis=-1)[:, None, :]
-    if faults.attrs["coord"] != GEOGRAPHIC:
-        return reference + offsets
-    corners = np.empty_like(offsets)
-    zones = np.array([utm_zone(x) for x in faults["x"].values], dtype=int)
-    for zone in sorted(set(zones.tolist())):
-        here = zones == zone
-        plane = _zone_plane(zone)
-        x, y = plane(*reference[here, 0].T)
-        east, north = np.asarray(x)[:, None] + offsets[here, :, 0], np.asarray(y)[:, None] + offsets[here, :, 1]
-        lon, lat = plane(east, north, inverse=True)
-        # In the turn of the reference point: a grid around the date line may count beyond 180.
-        lon = lon + 360.0 * np.round((reference[here, :, 0] - lon) / 360.0)
-        corners[here] = np.stack([lon, lat], axis=-1)
-    return corners
-
-
-def _zone_plane(zone: int) -> pyproj.Proj:
-    try:
-        return pyproj.Proj(proj="utm", zone=zone, ellps="GRS80")
-    except pyproj.exceptions.CRSError:
-        raise TidoraError(
-            f"there is no UTM zone {zone}: a longitude of exactly 180 is given as -180, and latitude "
-            "stands before longitude"
-        ) from None
 
 
 def guess_coord(path: Path) -> str:

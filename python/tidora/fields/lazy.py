@@ -2,10 +2,9 @@
 
 from __future__ import annotations
 
-from typing import Any, Callable, Mapping
+from typing import Any, Callable
 
 import numpy as np
-import xarray as xr
 from xarray.backends import BackendArray
 from xarray.core import indexing
 
@@ -38,11 +37,6 @@ class ReadOnIndex(BackendArray):
 def lazily(shape: tuple[int, ...], read: Callable[[Key], np.ndarray]) -> indexing.LazilyIndexedArray:
     """What xarray takes as the data of a variable: indexing composes, and nothing is read before it is used."""
     return indexing.LazilyIndexedArray(ReadOnIndex(shape, read))
-
-
-def as_field(dims: tuple[Any, ...], data: Any, attrs: Mapping[str, Any], coords: Mapping[Any, Any]) -> xr.DataArray:
-    """A field ``z`` on `dims`. Made by way of a dataset: a DataArray made directly would read all of its data."""
-    return xr.Dataset({"z": xr.Variable(dims, data, dict(attrs))}, dict(coords))["z"]
 
 
 def span(key: Any, size: int) -> tuple[int, int, Any]:

@@ -1,0 +1,1 @@
+"""Ruptures: the table of their elements, their size, and where they lie."""
