@@ -10,7 +10,7 @@ import xarray as xr
 from conftest import DX, binary_grid, series, smooth, tdr
 
 import tidora
-from tidora.convert.dtopo import share, time_steps, write_dtopo
+from tidora.formats.dtopo import share, time_steps, write as write_dtopo
 
 
 def read(path):

@@ -5,7 +5,7 @@ import pytest
 from conftest import DX, binary_grid, smooth, tdr, tool
 
 import tidora
-from tidora.convert.esri import open_esri
+from tidora.formats.esri_ascii import open as open_esri
 
 
 def test_a_grid_comes_back_from_esri_ascii_with_the_same_bytes(tmp_path):

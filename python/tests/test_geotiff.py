@@ -7,7 +7,7 @@ import pytest
 from conftest import DX, binary_grid, smooth, tdr, tool
 
 import tidora
-from tidora.convert.geotiff import open_geotiff
+from tidora.formats.geotiff import open as open_geotiff
 
 GRIDS = [
     ("degrees", (138.0, 33.0), DX, "geographic", []),

@@ -9,6 +9,7 @@ import pytest
 from conftest import DATA, DX, ROOT, binary_grid, smooth
 
 import tidora
+from tidora.fields.making import make_field
 from tidora.fields.shape import GridShape, shape_of
 
 
@@ -190,7 +191,7 @@ def test_writing_what_was_read_gives_the_same_bytes(tmp_path, org, dx):
 @pytest.mark.parametrize("org, dx", [row[1:] for row in SHAPES], ids=[row[0] for row in SHAPES])
 def test_the_spacing_is_found_again_from_the_coordinates_alone(org, dx):
     shape = GridShape(*org, 350, 200, dx)
-    grid = tidora.open_grid.__globals__["make_field"](np.zeros((200, 350), np.float32), shape, "plane", {})
+    grid = make_field(np.zeros((200, 350), np.float32), shape, "plane", {})
     del grid.attrs["grid_spacing"]
     assert shape_of(grid) == shape
 

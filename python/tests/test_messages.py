@@ -7,7 +7,7 @@ from conftest import binary_grid, smooth, tdr
 
 import tidora
 from tidora.errors import FileError, Parameter, TidoraError, worded
-from tidora.opening import open_field
+from tidora.formats.registry import open_field
 
 
 def test_a_parameter_in_a_message_is_called_by_its_name_in_python_and_as_the_reader_knows_it_elsewhere():

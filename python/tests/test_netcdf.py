@@ -11,8 +11,8 @@ import xarray as xr
 from conftest import DX, ROOT, binary_grid, series, smooth, tdr, tool
 
 import tidora
-from tidora.convert.netcdf import open_netcdf, write_netcdf
-from tidora.opening import open_field
+from tidora.formats.netcdf import open as open_netcdf, write as write_netcdf
+from tidora.formats.registry import open_field
 
 ORIGINS = [
     ("degrees, a twelfth", (138.0, 33.0), DX, "geographic"),

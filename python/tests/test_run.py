@@ -9,7 +9,7 @@ import pytest
 from conftest import DATA, ROOT, tdr
 
 import tidora
-from tidora.config import read_configuration
+from tidora.formats.configuration import read_configuration
 from tidora.runner import Display, find_program
 
 

@@ -10,8 +10,8 @@ from .faults.moment import seismic_moment
 from .faults.outlines import outlines
 from .faults.table import read_faults
 from .fields.series import snapshot, total
-from .grid import open_grid, write_grid
-from .series import open_series
+from .formats.grid import open_grid, write_grid
+from .formats.series_list import open_series
 
 __all__ = [
     "FileError",

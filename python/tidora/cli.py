@@ -136,12 +136,12 @@ def _plot(args: argparse.Namespace) -> int:
     from .faults.table import read_faults
     from .fields.kinds import kind_of
     from .fields.series import snapshot, total
-    from .opening import open_field
-    from .plot.figures import check_ending
+    from .formats.registry import open_field
+    from .formats.registry import picture_path
     from .plot.figures import draw_frames, draw_maps, draw_section
     from .plot.maps import Overlay
 
-    check_ending(args.output)
+    picture_path(args.output)
     if (args.frames or args.section) and len(args.files) > 1:
         raise UsageError("--frames and --section take one file")
     if args.frames and args.section:
@@ -243,28 +243,19 @@ def _epoch(word: str) -> datetime:
 
 
 def _convert(args: argparse.Namespace) -> int:
-    from .convert.dispatch import Request, convert
+    from .fields.placing import Placing
+    from .formats.contract import Writing
+    from .formats.conversion import Layer, Request, Source, convert
 
-    notes = convert(
-        Request(
-            args.source,
-            args.target,
-            args.coord,
-            args.variable,
-            args.snapshot,
-            args.sum,
-            args.region,
-            args.spacing,
-            args.crs,
-            args.from_crs,
-            args.resampling,
-            args.fill,
-            args.dt,
-            args.epoch,
-        ),
-        _progress,
+    request = Request(
+        Source(args.source, args.coord, args.variable),
+        args.target,
+        Layer(args.snapshot, args.sum),
+        Placing(args.region, args.spacing, args.crs, args.from_crs, args.resampling),
+        args.fill,
+        Writing(args.dt, args.epoch, f"tdr convert {__version__}"),
     )
-    print("\n".join(map(in_options, notes)))
+    print("\n".join(map(in_options, convert(request, _progress))))
     return 0
 
 
@@ -401,7 +392,7 @@ def main(arguments: Optional[Sequence[str]] = None) -> int:
 def command() -> None:
     """``tdr`` as a process: ends it with the status of `main`."""
     status = main()
-    netcdf = sys.modules.get("tidora.convert.netcdf")
+    netcdf = sys.modules.get("tidora.formats.netcdf_writing")
     if netcdf is not None and netcdf.UNCLOSED:
         # A disk that is full leaves a file that the HDF5 library cannot close, and crashes on at the end of Python.
         sys.stdout.flush()

@@ -16,7 +16,7 @@ from .fields.kinds import GEOGRAPHIC, kind_of
 from .fields.measure import Extreme, Measures, measure
 from .fields.series import total
 from .fields.shape import shape_of
-from .opening import FAULTS, open_field, recognise
+from .formats.registry import FAULTS, open_field, recognise
 
 Report = dict[str, Any]
 
@@ -37,7 +37,7 @@ def describe(
     path : path
         Grid, series or fault file.
     coord, variable :
-        As for `tidora.opening.open_field`.
+        As for `tidora.formats.registry.open_field`.
     topography : path, optional
         Volume and energy of the nodes below 0 only.
     density, gravity, rigidity : float
@@ -48,7 +48,7 @@ def describe(
     dict
         What ``tdr info --json`` prints.
     """
-    if recognise(path) == FAULTS:
+    if recognise(path).holds == FAULTS:
         return _describe_faults(path, coord, rigidity)
     field = open_field(path, coord, variable)
     land = open_field(topography, kind_of(field)) if topography is not None else None

@@ -12,15 +12,15 @@ from contextlib import contextmanager
 from pathlib import Path as FilePath
 from typing import IO, TYPE_CHECKING, Iterator, Optional
 
-from .config import Configuration, read_configuration
 from .errors import Parameter, Path, TidoraError
 from .faults.moment import RIGIDITY, seismic_moment
 from .faults.table import read_faults
 from .fields.kinds import GEOGRAPHIC
 from .fields.measure import Extreme, measure
 from .fields.series import total
+from .formats.configuration import Configuration, read_configuration
+from .formats.series_list import open_series
 from .info import place, volume
-from .series import open_series
 
 if TYPE_CHECKING:
     from rich.progress import Progress, TaskID

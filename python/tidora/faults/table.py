@@ -12,6 +12,9 @@ from .. import text
 from ..errors import FileError, Parameter, Path, TidoraWarning
 from ..fields.kinds import GEOGRAPHIC, KINDS, PLANE
 
+_LEAST = 10
+"""Columns of an element that has no time of its own."""
+
 _COLUMNS = (
     # name, column of the file, unit, meaning
     ("y", 0, "", "reference point: start of the upper edge, looking along strike the near upper corner"),
@@ -27,6 +30,11 @@ _COLUMNS = (
     ("lag_time", 11, "s", "when the element starts to slip"),
     ("duration", 12, "s", "how long it slips"),
 )
+
+
+def is_first_line(line: str) -> bool:
+    """True for a line of at least ten columns."""
+    return len(text.tokens(line)) >= _LEAST
 
 
 def read_faults(path: Path, coord: str) -> xr.Dataset:
@@ -57,7 +65,7 @@ def read_faults(path: Path, coord: str) -> xr.Dataset:
         if line.is_comment:
             continue
         words = text.tokens(line.text)
-        if len(words) < 10:
+        if len(words) < _LEAST:
             what = "an empty line" if text.is_line_end(line.text) else f"{len(words)} columns"
             raise FileError(path, f"an element has at least ten columns, not {what}", line.number)
         rows.append([_number(path, line.number, words, column, name) for name, column, _, _ in _COLUMNS])

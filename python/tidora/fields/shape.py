@@ -118,6 +118,20 @@ def shape_of(field: xr.DataArray) -> GridShape:
     return GridShape(float(x[0]), float(y[0]), x.size, y.size, float(dx))
 
 
+def checked_shape(field: xr.DataArray) -> GridShape:
+    """Shape of a field that is to be a grid of the program.
+
+    Raises
+    ------
+    TidoraError
+        As `shape_of`; or if there are more values than `MAX_VALUES`.
+    """
+    shape = shape_of(field)
+    if shape.nx * shape.ny > MAX_VALUES:
+        raise TidoraError(f"a grid has fewer than 2^31 values, not {shape.nx} x {shape.ny}")
+    return shape
+
+
 def row_blocks(shape: GridShape, values: int = 1 << 18) -> list[slice]:
     """Slices of rows of about `values` values each, from the south."""
     step = max(1, values // shape.nx)

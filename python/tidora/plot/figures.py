@@ -14,16 +14,15 @@ import matplotlib.pyplot as plt  # noqa: E402
 import numpy as np  # noqa: E402
 import xarray as xr  # noqa: E402
 from matplotlib.axes import Axes  # noqa: E402
-from matplotlib.backends.backend_pdf import PdfPages  # noqa: E402
 from matplotlib.cm import ScalarMappable  # noqa: E402
 from matplotlib.figure import Figure  # noqa: E402
 
-from ..errors import Path, TidoraError, UsageError  # noqa: E402
+from ..errors import Path, TidoraError  # noqa: E402
 from ..fields.series import total  # noqa: E402
-from ..files import replacing  # noqa: E402
+from ..formats.picture import pages, write  # noqa: E402
+from ..formats.registry import picture_path  # noqa: E402
 from .maps import Overlay, aspect, draw_map, edges, profile, thinned  # noqa: E402
 
-ENDINGS = (".png", ".pdf", ".svg")
 Section = tuple[float, float, float, float]
 Progress = Callable[[str], None]
 
@@ -36,20 +35,6 @@ _STYLE = {
     "axes.linewidth": 0.8,
 }
 _LINE = "#b2182b"
-
-
-def _save(figure: Figure, path: FilePath) -> None:
-    # Without a date the same input gives the same bytes.
-    metadata = {".png": {}, ".svg": {"Date": None}, ".pdf": {"CreationDate": None}}[path.suffix.lower()]
-    figure.savefig(path, dpi=160, metadata=metadata)
-
-
-def check_ending(path: Path) -> FilePath:
-    """The path of a picture; refuses an ending that is none of `ENDINGS`."""
-    picture = FilePath(path)
-    if picture.suffix.lower() not in ENDINGS:
-        raise UsageError(f"a picture ends in {', '.join(ENDINGS)}, not '{picture.suffix}'")
-    return picture
 
 
 def largest(fields: Sequence[xr.DataArray]) -> float:
@@ -142,7 +127,7 @@ def draw_maps(
     pathlib.Path
         Where the picture lies.
     """
-    picture = check_ending(path)
+    picture = picture_path(path)
     for field in fields:
         overlay.check(field)
     columns = min(len(fields), 3)
@@ -165,8 +150,7 @@ def draw_maps(
             axes.set_axis_off()
         assert image is not None
         _colour_bar(figure, image, list(grid.flat), largest(fields))
-        with replacing(picture) as part:
-            _save(figure, part)
+        write(figure, picture)
         plt.close(figure)
     return picture
 
@@ -197,7 +181,7 @@ def draw_frames(
     list of pathlib.Path
         The pictures.
     """
-    picture = check_ending(path)
+    picture = picture_path(path)
     if "time" not in series.dims:
         raise TidoraError("a picture of frames needs a series, this is one grid")
     overlay.check(series)
@@ -205,16 +189,15 @@ def draw_frames(
     figures = _frames(series, limit or min(top, colour_limit([total(series)])), top, overlay)
     with plt.rc_context(_STYLE):
         if picture.suffix.lower() == ".pdf":
-            with replacing(picture) as part, PdfPages(part, metadata={"CreationDate": None}) as pages:
+            with pages(picture) as add:
                 for start, figure in figures:
-                    pages.savefig(figure)
+                    add(figure)
                     progress(f"{start:g} s")
             return [picture]
         written = []
         for start, figure in figures:
             name = picture.with_name(f"{picture.stem}_{int(start):04d}s{picture.suffix}")
-            with replacing(name) as part:
-                _save(figure, part)
+            write(figure, name)
             written.append(name)
             progress(f"{start:g} s")
         return written
@@ -277,7 +260,7 @@ def draw_section(
     overlay, limit :
         As for `draw_maps`.
     """
-    picture = check_ending(path)
+    picture = picture_path(path)
     overlay.check(field)
     distance, values = profile(field, section)
     if not np.isfinite(values).any():
@@ -323,8 +306,7 @@ def draw_section(
                 ha="center",
                 weight="bold",
             )
-        with replacing(picture) as part:
-            _save(figure, part)
+        write(figure, picture)
         plt.close(figure)
     return picture
 

@@ -6,9 +6,9 @@ import re
 from dataclasses import dataclass
 from typing import Iterator
 
-from . import text
-from .errors import FileError, Path
-from .fields.kinds import GEOGRAPHIC, PLANE
+from .. import text
+from ..errors import FileError, Path
+from ..fields.kinds import GEOGRAPHIC, PLANE
 
 
 @dataclass(frozen=True)

@@ -1,79 +1,33 @@
-"""The grid formats: a text grid, and a binary grid of 28 bytes of header and an array."""
+"""The text grid of the program: a line of its size, a line of its corners, and the values from the south."""
 
 from __future__ import annotations
 
 import os
-from typing import Any, Callable, Optional
+from typing import Optional
 
 import numpy as np
 import xarray as xr
 
-from . import text
-from .errors import FileError, Path, TidoraError
-from .fields.kinds import guess_kind
-from .fields.lazy import Key, lazily
-from .fields.making import make_field
-from .fields.missing import complete_rows
-from .fields.shape import MAX_VALUES, GridShape, row_blocks, shape_of
-from .files import replacing
+from .. import text
+from ..errors import FileError, Path, TidoraError
+from ..fields.kinds import guess_kind
+from ..fields.making import make_field
+from ..fields.missing import complete_rows
+from ..fields.shape import MAX_VALUES, GridShape, checked_shape, row_blocks
+from ..files import replacing
+from .contract import Step, Writing, no_progress, row_steps
+from .result_names import field_attributes
 
-HEADER = np.dtype([("org_x", "=f8"), ("org_y", "=f8"), ("nx", "=i4"), ("ny", "=i4"), ("dx", "=f4")])
-"""The 28 bytes before the values of a binary grid; native byte order, no padding."""
+_WORDS = 256
+"""Values of a line: the longest number of single precision takes 15 characters, so they and their blanks fit."""
 
-SERIES_NAMES = {
-    "Tdr": "initial wave height",
-    "VRT": "vertical deformation of the sea floor",
-    "HRZ": "uplift by the horizontal motion of the slope",
-    "TPG": "topography, negative below sea level",
-}
-"""Tags with which the names of result files start."""
+steps = row_steps
 
 
-def is_binary_name(path: Path) -> bool:
-    """True when the program reads a grid of this name as binary: ``.bin`` anywhere but at its very start."""
-    return os.fspath(path).find(".bin") > 0
-
-
-def field_attributes(path: Path) -> dict[str, str]:
-    """Attributes of what a grid or list file holds, by the tag of its name."""
-    base = os.path.basename(os.fspath(path))
-    tag = base[:3] if base[3:4] == "_" and base[:3] in SERIES_NAMES else ""
-    attrs = {"units": "m", "long_name": SERIES_NAMES.get(tag, "value of the grid"), "source_file": base}
-    return {**attrs, "tag": tag} if tag else attrs
-
-
-def read_header(path: Path) -> GridShape:
-    """Header of a binary grid, checked against the size of the file.
-
-    Raises
-    ------
-    FileError
-        If the file is shorter than its header or than the values that it promises, or a size is below 1.
-    """
-    size = text.regular_size(path)
-    if size < HEADER.itemsize:
-        raise FileError(path, f"a binary grid has a header of {HEADER.itemsize} bytes, this file has {size} in all")
-    header = np.fromfile(path, HEADER, 1)[0]
-    nx, ny = int(header["nx"]), int(header["ny"])
-    if nx < 1 or ny < 1 or nx * ny > MAX_VALUES:
-        raise FileError(path, f"columns and rows are at least 1 and their product is below 2^31, not {nx} x {ny}")
-    needed = HEADER.itemsize + 4 * nx * ny
-    if size < needed:
-        raise FileError(path, f"{nx} x {ny} values need {needed} bytes, the file has {size}")
-    if not (header["dx"] > 0 and np.isfinite(header["dx"])):
-        raise FileError(path, f"the spacing is a number above 0, not {header['dx']}")
-    if not (np.isfinite(header["org_x"]) and np.isfinite(header["org_y"])):
-        raise FileError(path, f"the origin is two numbers, not {header['org_x']}, {header['org_y']}")
-    return GridShape(float(header["org_x"]), float(header["org_y"]), nx, ny, float(header["dx"]))
-
-
-def read_binary_part(path: Path, shape: GridShape, key: Key) -> np.ndarray:
-    """Part of the values of a binary grid: `key` has an integer or slice for rows, from the south, and columns."""
-    try:
-        values = np.memmap(path, "=f4", "r", HEADER.itemsize, (shape.ny, shape.nx))
-    except (OSError, ValueError) as error:
-        raise FileError(path, f"has changed since it was opened: {error}") from None
-    return np.array(values[key])
+def is_first_line(line: str) -> bool:
+    """True for two whole numbers; a blank behind them is an error that `read_text` explains."""
+    words = line.split()
+    return len(words) == 2 and all(word.lstrip("+-").isdigit() for word in words)
 
 
 def read_text(path: Path) -> tuple[GridShape, np.ndarray]:
@@ -180,72 +134,56 @@ def _values(path: Path, line: text.Line) -> np.ndarray:
         raise FileError(path, f"a value is a number, not '{error}' (the program would take 0)", line.number) from None
 
 
-def open_grid(path: Path, coord: Optional[str] = None) -> xr.DataArray:
-    """Opens a text or binary grid.
+def open(path: Path, coord: Optional[str] = None, variable: Optional[str] = None) -> xr.DataArray:
+    """Reads a text grid, at once: only the count of its values tells whether it is whole.
 
     Parameters
     ----------
     path : path
-        Binary when the name holds ``.bin`` anywhere but at its very start, as the program decides it.
     coord : {'plane', 'geographic'}, optional
         Metres or degrees. The file does not say it: without this it is guessed, with a `TidoraWarning`.
+    variable : str, optional
+        Of no use: the file holds one.
 
     Returns
     -------
-    xarray.DataArray
-        float32, dims ``(y, x)``, rows from the south, in metres. Attribute ``grid_spacing`` is the spacing in single
-        precision. A binary grid is read when it is used; a text grid at once, because only the count of its values
-        tells whether it is whole.
+    xarray.DataArray, (y, x), float32
+        In metres, rows from the south. Attribute ``grid_spacing`` is the spacing in single precision.
 
     Raises
     ------
     FileError
-        If the file breaks a rule of its format; says which, and where.
+        With the line and the rule that it breaks.
     """
-    if is_binary_name(path):
-        shape = read_header(path)
-        data: Any = lazily((shape.ny, shape.nx), lambda key: read_binary_part(path, shape, key))
-    else:
-        shape, data = read_text(path)
-    return make_field(data, shape, coord or guess_kind(shape, os.fspath(path)), field_attributes(path))
+    shape, values = read_text(path)
+    return make_field(values, shape, coord or guess_kind(shape, os.fspath(path)), field_attributes(path))
 
 
-def write_grid(field: xr.DataArray, path: Path, progress: Callable[[str], None] = lambda _: None) -> GridShape:
-    """Writes a field as a grid of the program: binary when the name holds ``.bin``, else text.
+def write(field: xr.DataArray, path: Path, options: Writing = Writing(), progress: Step = no_progress) -> GridShape:
+    """Writes a field as a text grid, one block of rows at a time.
 
     Parameters
     ----------
     field : xarray.DataArray, (y, x)
-        Both axes increasing and equally spaced. It is read in blocks of rows.
+        Both axes increasing and equally spaced.
     path : path
         Appears when it is complete.
+    options : Writing
+        Of no use here.
     progress : callable
         Is told of each block.
-
-    Returns
-    -------
-    GridShape
-        What the header says.
 
     Raises
     ------
     TidoraError
-        If values are missing (the formats have no mark for them), or the grid does not fit the format.
+        If values are missing, for which the format has no mark, or the corners would not give the spacing again.
     """
-    shape = shape_of(field)
-    if shape.nx * shape.ny > MAX_VALUES:
-        raise TidoraError(f"a grid has fewer than 2^31 values, not {shape.nx} x {shape.ny}")
-    binary = is_binary_name(path)
-    corners = "" if binary else _corner_text(shape)
-    with replacing(path) as part, open(part, "wb") as file:
-        if binary:
-            header = np.array([(shape.org_x, shape.org_y, shape.nx, shape.ny, shape.dx)], HEADER)
-            file.write(header.tobytes())
-        else:
-            file.write(f"{shape.nx} {shape.ny}\n{corners}\n".encode())
+    shape = checked_shape(field)
+    corners = _corner_text(shape)
+    with replacing(path) as part, part.open("wb") as file:
+        file.write(f"{shape.nx} {shape.ny}\n{corners}\n".encode())
         for rows in row_blocks(shape):
-            block = complete_rows(field, rows)
-            file.write(block.tobytes() if binary else _row_text(block))
+            file.write(_row_text(complete_rows(field, rows)))
             progress("")
     return shape
 
@@ -273,6 +211,5 @@ def _row_text(block: np.ndarray) -> bytes:
     lines: list[str] = []
     for row in block:
         words = row.astype("U")
-        # The longest number of single precision takes 15 characters: 256 of them and their blanks fit.
-        lines.extend(" ".join(words[first : first + 256].tolist()) for first in range(0, words.size, 256))
+        lines.extend(" ".join(words[first : first + _WORDS].tolist()) for first in range(0, words.size, _WORDS))
     return ("\n".join(lines) + "\n").encode()

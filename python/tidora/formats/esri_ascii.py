@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import os
-from typing import Any, Callable, Iterator, Optional
+from typing import Any, Iterator, Optional
 
 import numpy as np
 import xarray as xr
@@ -14,14 +14,17 @@ from ..fields.kinds import axis_attributes, guess_kind
 from ..fields.missing import complete_rows
 from ..fields.shape import MAX_VALUES, GridShape, row_blocks, shape_of
 from ..files import replacing
+from .contract import Step, Writing, no_progress, row_steps
 
 NO_DATA = -99999.0
 """Written in the header; no value may have it."""
 
+steps = row_steps
+
 _KEYS = ("ncols", "nrows", "xllcenter", "xllcorner", "yllcenter", "yllcorner", "cellsize", "nodata_value", "dx", "dy")
 
 
-def write_esri(field: xr.DataArray, path: Path, progress: Callable[[str], None] = lambda _: None) -> GridShape:
+def write(field: xr.DataArray, path: Path, options: Writing = Writing(), progress: Step = no_progress) -> GridShape:
     """Writes a field as ESRI ASCII, its nodes as the centres of the cells, one block of rows at a time.
 
     Parameters
@@ -29,11 +32,18 @@ def write_esri(field: xr.DataArray, path: Path, progress: Callable[[str], None] 
     field : xarray.DataArray, (y, x)
     path : path
         Appears when it is complete.
+    options : Writing
+        Of no use here.
     progress : callable
         Is told of each block.
+
+    Raises
+    ------
+    TidoraError
+        If values are missing, or one is that which marks missing ones.
     """
     shape = shape_of(field)
-    with replacing(path) as part, open(part, "w", encoding="ascii", newline="\n") as file:
+    with replacing(path) as part, part.open("w", encoding="ascii", newline="\n") as file:
         # Python's shortest decimals: read in double precision they give the same numbers.
         file.write(
             f"ncols {shape.nx}\nnrows {shape.ny}\nxllcenter {shape.org_x!r}\nyllcenter {shape.org_y!r}\n"
@@ -49,14 +59,16 @@ def write_esri(field: xr.DataArray, path: Path, progress: Callable[[str], None] 
     return shape
 
 
-def open_esri(path: Path, coord: Optional[str] = None) -> xr.DataArray:
+def open(path: Path, coord: Optional[str] = None, variable: Optional[str] = None) -> xr.DataArray:
     """Reads an ESRI ASCII grid.
 
     Parameters
     ----------
     path : path
     coord : {'plane', 'geographic'}, optional
-        The file does not say it; guessed with a warning.
+        The file does not say it; guessed with a `TidoraWarning`.
+    variable : str, optional
+        Of no use: the file holds one.
 
     Returns
     -------

@@ -9,7 +9,7 @@ from __future__ import annotations
 
 import math
 from fractions import Fraction
-from typing import Callable, Optional
+from typing import Optional
 
 import numpy as np
 import xarray as xr
@@ -18,6 +18,7 @@ from ..errors import Parameter, Path, TidoraError
 from ..fields.series import interval_times
 from ..fields.shape import GridShape, row_blocks, shape_of
 from ..files import replacing
+from .contract import Step, Writing, no_progress
 
 MAX_TIMES = 1000
 """Steps that are taken without being asked for."""
@@ -69,12 +70,12 @@ def share(time: float, start: float, length: float) -> float:
     return min(max((time - start) / length, 0.0), 1.0)
 
 
-def write_dtopo(
-    series: xr.DataArray,
-    path: Path,
-    step: Optional[float] = None,
-    progress: Callable[[str], None] = lambda _: None,
-) -> GridShape:
+def steps(series: xr.DataArray, options: Writing) -> int:
+    """Number of times that `write` tells of."""
+    return time_steps(*interval_times(series), options.step)[2] if series.sizes.get("time", 0) else 1
+
+
+def write(series: xr.DataArray, path: Path, options: Writing = Writing(), progress: Step = no_progress) -> GridShape:
     """Writes a series, or a single grid as a displacement at once, as dtopo of type 3.
 
     Parameters
@@ -83,10 +84,15 @@ def write_dtopo(
         What each interval adds, m.
     path : path
         Appears when it is complete.
-    step : float, optional
-        s; see `time_steps`.
+    options : Writing
+        ``step`` in s; see `time_steps`.
     progress : callable
         Is told of each time.
+
+    Raises
+    ------
+    TidoraError
+        If values are missing, or the step that meets all intervals is too short.
     """
     shape = shape_of(series)
     if "time" in series.dims:
@@ -94,10 +100,10 @@ def write_dtopo(
         starts, lengths = interval_times(series)
     else:
         layers, starts, lengths = [series], np.zeros(1), np.zeros(1)
-    first, step, count = time_steps(starts, lengths, step)
+    first, step, count = time_steps(starts, lengths, options.step)
     done = np.zeros((shape.ny, shape.nx))  # double precision: the intervals that are over
     open_layers = list(range(len(layers)))
-    with replacing(path) as part, open(part, "w", encoding="ascii", newline="\n") as file:
+    with replacing(path) as part, part.open("w", encoding="ascii", newline="\n") as file:
         for value, name in (
             (shape.nx, "mx"),
             (shape.ny, "my"),

@@ -1,4 +1,4 @@
-"""A series: the list file of a run, and the snapshots that it names."""
+"""The list of a series: a line for each interval with its start, its length and the path of its snapshot."""
 
 from __future__ import annotations
 
@@ -10,16 +10,21 @@ from typing import NamedTuple, Optional
 import numpy as np
 import xarray as xr
 
-from . import text
-from .errors import FileError, Path
-from .fields.kinds import guess_kind
-from .fields.making import make_field
-
-from .fields.lazy import Key, lazily
-from .grid import field_attributes, read_binary_part, read_header
+from .. import text
+from ..errors import FileError, Path
+from ..fields.kinds import guess_kind
+from ..fields.lazy import Key, lazily
+from ..fields.making import make_field
+from .binary_grid import read_header, read_part
+from .result_names import field_attributes
 
 _LIST_LINE = re.compile(r"(-?\d+\.\d{6}) *(-?\d+\.\d{6}) *(\S.*)\Z")
 _LIST_BUFFER = 65536
+
+
+def is_first_line(line: str) -> bool:
+    """True for start, length and path of a snapshot."""
+    return _LIST_LINE.match(line.rstrip("\r\n")) is not None
 
 
 class Interval(NamedTuple):
@@ -69,6 +74,11 @@ def read_list(path: Path) -> list[Interval]:
     return sorted(intervals, key=lambda interval: interval.start)
 
 
+def open(path: Path, coord: Optional[str] = None, variable: Optional[str] = None) -> xr.DataArray:
+    """`open_series` by the name that all formats have; a list holds one variable."""
+    return open_series(path, coord)
+
+
 def open_series(list_file: Path, coord: Optional[str] = None) -> xr.DataArray:
     """Opens the snapshots that a list file names.
 
@@ -105,7 +115,7 @@ def open_series(list_file: Path, coord: Optional[str] = None) -> xr.DataArray:
             parts = [read((layer, *key[1:])) for layer in range(*key[0].indices(len(intervals)))]
             empty = np.broadcast_to(np.float32(0), (0, shape.ny, shape.nx))[(slice(None), *key[1:])]
             return np.stack(parts) if parts else np.array(empty)
-        return read_binary_part(intervals[int(key[0])].path, shape, key[1:])
+        return read_part(intervals[int(key[0])].path, shape, key[1:])
 
     seconds = {"units": "s"}
     leading = {

@@ -8,7 +8,7 @@ from __future__ import annotations
 
 import os
 import zlib
-from typing import Any, Callable, Optional
+from typing import Any, Optional
 
 import numpy as np
 import pyproj
@@ -26,12 +26,15 @@ from ..fields.making import make_field
 from ..fields.reference import crs_of, kind_of_crs
 from ..fields.shape import GridShape, row_blocks, shape_of
 from ..files import replacing
+from .contract import Step, Writing, no_progress, row_steps
 
 _ORIGIN = "TIDORA_ORIGIN"
 _SPACING = "TIDORA_SPACING"
 
+steps = row_steps
 
-def write_geotiff(field: xr.DataArray, path: Path, progress: Callable[[str], None] = lambda _: None) -> GridShape:
+
+def write(field: xr.DataArray, path: Path, options: Writing = Writing(), progress: Step = no_progress) -> GridShape:
     """Writes a field as GeoTIFF with its reference system, one block of rows at a time.
 
     Parameters
@@ -40,8 +43,15 @@ def write_geotiff(field: xr.DataArray, path: Path, progress: Callable[[str], Non
         A plane field needs a reference system.
     path : path
         Appears when it is complete.
+    options : Writing
+        Of no use here.
     progress : callable
         Is told of each block.
+
+    Raises
+    ------
+    TidoraError
+        If a plane field has no reference system.
     """
     shape = shape_of(field)
     crs = crs_of(field)
@@ -95,7 +105,7 @@ def _window(shape: GridShape, rows: slice) -> Window:
     return Window(0, shape.ny - rows.stop, shape.nx, rows.stop - rows.start)
 
 
-def open_geotiff(path: Path, coord: Optional[str] = None) -> xr.DataArray:
+def open(path: Path, coord: Optional[str] = None, variable: Optional[str] = None) -> xr.DataArray:
     """Opens the first band of a GeoTIFF; read when it is used.
 
     Parameters
@@ -103,6 +113,8 @@ def open_geotiff(path: Path, coord: Optional[str] = None) -> xr.DataArray:
     path : path
     coord : {'plane', 'geographic'}, optional
         If the file has no reference system.
+    variable : str, optional
+        Of no use: the first band counts.
 
     Returns
     -------
@@ -164,7 +176,7 @@ def open_geotiff(path: Path, coord: Optional[str] = None) -> xr.DataArray:
 
 
 def _own_shape(tags: dict[str, str], x: np.ndarray, y: np.ndarray) -> Optional[GridShape]:
-    """Shape that `write_geotiff` noted, if the georeference still agrees with it."""
+    """Shape that `write` noted, if the georeference still agrees with it."""
     try:
         org_x, org_y = (float(word) for word in tags[_ORIGIN].split())
         shape = GridShape(org_x, org_y, x.size, y.size, float(tags[_SPACING]))

@@ -1,0 +1,6 @@
+"""CF NetCDF: a whole series with its times, or one grid."""
+
+from .netcdf_reading import open
+from .netcdf_writing import steps, write
+
+__all__ = ["open", "steps", "write"]
