@@ -12,9 +12,15 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 import tidora  # noqa: E402
 from tidora.fields.making import make_field  # noqa: E402
+from tidora.fields.profile import profile  # noqa: E402
 from tidora.fields.shape import GridShape  # noqa: E402
-from tidora.plot.figures import colour_limit, draw_frames, draw_maps, draw_section, round_up  # noqa: E402
-from tidora.plot.maps import Overlay, _metres, aspect, draw_map, edges, nice, profile, thinned  # noqa: E402
+from tidora.plot.extent import aspect, edges, thinned  # noqa: E402
+from tidora.plot.figures import draw_maps  # noqa: E402
+from tidora.plot.frames import draw_frames  # noqa: E402
+from tidora.plot.limits import colour_limit, nice, round_up  # noqa: E402
+from tidora.plot.maps import draw_map, metres  # noqa: E402
+from tidora.plot.overlay import Overlay  # noqa: E402
+from tidora.plot.section import draw_section  # noqa: E402
 
 
 def plane(values, org=(0.0, 0.0), dx=1000.0, kind="plane"):
@@ -68,7 +74,7 @@ def test_the_extremes_are_marked_with_their_values():
     values[2, 3], values[6, 5] = 1.234, -0.5
     axes, _ = drawn(plane(values))
     texts = [text.get_text() for text in axes.texts]
-    assert "1.23 m" in texts and "\u22120.50 m" in texts and _metres(-8967.0) == "\u22128967 m"
+    assert "1.23 m" in texts and "\u22120.50 m" in texts and metres(-8967.0) == "\u22128967 m"
     marks = {
         line.get_marker(): (line.get_xdata()[0], line.get_ydata()[0])
         for line in axes.lines
@@ -179,7 +185,7 @@ def test_frames_show_every_interval_and_the_sum_up_to_it(tmp_path, monkeypatch):
     seen = []
     original = draw_map
     monkeypatch.setattr(
-        "tidora.plot.figures.draw_map",
+        "tidora.plot.frames.draw_map",
         lambda axes, shown, limit, overlay: (
             seen.append((float(shown[0, 0]), limit)),
             original(axes, shown, limit, overlay),

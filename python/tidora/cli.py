@@ -138,8 +138,10 @@ def _plot(args: argparse.Namespace) -> int:
     from .fields.series import snapshot, total
     from .formats.registry import open_field
     from .formats.registry import picture_path
-    from .plot.figures import draw_frames, draw_maps, draw_section
-    from .plot.maps import Overlay
+    from .plot.figures import draw_maps
+    from .plot.frames import draw_frames
+    from .plot.overlay import Overlay
+    from .plot.section import draw_section
 
     picture_path(args.output)
     if (args.frames or args.section) and len(args.files) > 1:

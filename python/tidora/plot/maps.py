@@ -2,9 +2,7 @@
 
 from __future__ import annotations
 
-import math
-from dataclasses import dataclass
-from typing import Any, Optional
+from typing import Any
 
 import numpy as np
 import pyproj
@@ -15,64 +13,15 @@ from matplotlib.image import AxesImage
 from matplotlib.patheffects import withStroke
 from matplotlib.ticker import FuncFormatter, MaxNLocator
 
-from ..errors import TidoraError
 from ..faults.outlines import outlines
 from ..fields.kinds import GEOGRAPHIC, kind_of
-from ..fields.resample import sample
+from .colours import COAST, COLOURS, FAULT, INK, LAND, PAPER
+from .extent import aspect, edges, thinned
+from .limits import nice
+from .overlay import Overlay
 
-COLOURS = "RdBu_r"
-COAST = "#3a3a32"
-LAND = "#8d8a7c"
-FAULT = "#1f5f3a"
-MAX_NODES = 2000
-"""Nodes of an axis that a picture shows; of more, every second, third, ... is drawn."""
-
-_HALO = [withStroke(linewidth=2.5, foreground="white")]
+_HALO = [withStroke(linewidth=2.5, foreground=PAPER)]
 _ELLIPSOID = pyproj.Geod(ellps="GRS80")
-
-
-@dataclass(frozen=True)
-class Overlay:
-    """What is drawn over the colours of a map."""
-
-    topography: Optional[xr.DataArray] = None
-    """(y, x): its contour of 0 is the coast."""
-    faults: Optional[xr.Dataset] = None
-    """Elements: outlines, the upper edges thick."""
-
-    def check(self, field: xr.DataArray) -> None:
-        """Refuses overlays in co-ordinates of another kind than the field."""
-        kind = kind_of(field)
-        for what, other in (
-            ("topography", None if self.topography is None else kind_of(self.topography)),
-            ("fault", None if self.faults is None else self.faults.attrs["coord"]),
-        ):
-            if other is not None and other != kind:
-                raise TidoraError(f"the {what} has {other} co-ordinates, the field {kind} ones: they share no map")
-
-
-def thinned(field: xr.DataArray) -> xr.DataArray:
-    """Every n-th node of a field, so that no axis has more than `MAX_NODES`."""
-    steps = {axis: max(1, -(-field.sizes[axis] // MAX_NODES)) for axis in ("y", "x")}
-    return field.isel({axis: slice(None, None, step) for axis, step in steps.items()})
-
-
-def edges(field: xr.DataArray) -> tuple[float, float, float, float]:
-    """West, east, south and north edge of the cells of a field."""
-    limits = []
-    for axis in ("x", "y"):
-        nodes = np.asarray(field[axis].values)
-        half = 0.5 * (nodes[1] - nodes[0]) if nodes.size > 1 else 0.5 * float(field.attrs.get("grid_spacing", 1.0))
-        limits += [float(nodes[0] - half), float(nodes[-1] + half)]
-    return limits[0], limits[1], limits[2], limits[3]
-
-
-def aspect(field: xr.DataArray) -> float:
-    """Length of a unit of y over that of a unit of x: true at the middle latitude of a geographic map."""
-    if kind_of(field) != GEOGRAPHIC:
-        return 1.0
-    middle = 0.5 * float(field["y"][0] + field["y"][-1])
-    return 1.0 / max(math.cos(math.radians(middle)), 0.05)
 
 
 def draw_map(axes: Axes, field: xr.DataArray, limit: float, overlay: Overlay, marks: bool = True) -> AxesImage:
@@ -169,9 +118,9 @@ def _draw_extremes(axes: Axes, shown: xr.DataArray) -> None:
         if not 0.15 < column / values.shape[1] < 0.85:
             right = column < 0.5 * values.shape[1]
         x, y = float(shown["x"][column]), float(shown["y"][row])
-        axes.plot(x, y, marker, color="black", markeredgecolor="white", markersize=7, zorder=7)
+        axes.plot(x, y, marker, color=INK, markeredgecolor=PAPER, markersize=7, zorder=7)
         axes.annotate(
-            _metres(values[row, column]),
+            metres(values[row, column]),
             (x, y),
             xytext=(9 if right else -9, 0),
             textcoords="offset points",
@@ -183,7 +132,8 @@ def _draw_extremes(axes: Axes, shown: xr.DataArray) -> None:
         )
 
 
-def _metres(value: float) -> str:
+def metres(value: float) -> str:
+    """A height at its mark: centimetres while they are to be seen, and a real minus."""
     return f"{value:.{2 if abs(value) < 100 else 0}f} m".replace("-", "\u2212")
 
 
@@ -214,12 +164,6 @@ def _label_axes(axes: Axes, field: xr.DataArray, box: tuple[float, float, float,
     axes.tick_params(direction="out", length=3, labelsize=9)
 
 
-def nice(length: float) -> float:
-    """The largest of 1, 2, 5, 10, ... that is not above `length`."""
-    power = 10.0 ** math.floor(math.log10(length))
-    return max(step * power for step in (1, 2, 5) if step * power <= length)
-
-
 def _draw_scale(axes: Axes, field: xr.DataArray, box: tuple[float, float, float, float]) -> None:
     west, east, south, north = box
     x, y = west + 0.05 * (east - west), south + 0.05 * (north - south)
@@ -235,11 +179,11 @@ def _draw_scale(axes: Axes, field: xr.DataArray, box: tuple[float, float, float,
     axes.plot(
         [x, x + length / unit],
         [y, y],
-        color="black",
+        color=INK,
         linewidth=2.5,
         solid_capstyle="butt",
         zorder=9,
-        path_effects=[withStroke(linewidth=4.5, foreground="white")],
+        path_effects=[withStroke(linewidth=4.5, foreground=PAPER)],
     )
     axes.annotate(
         label,
@@ -252,28 +196,3 @@ def _draw_scale(axes: Axes, field: xr.DataArray, box: tuple[float, float, float,
         path_effects=_HALO,
         zorder=9,
     )
-
-
-def profile(field: xr.DataArray, section: tuple[float, float, float, float]) -> tuple[np.ndarray, np.ndarray]:
-    """Values along a straight line of the map.
-
-    Parameters
-    ----------
-    field : xarray.DataArray, (y, x)
-    section : tuple of float
-        x0, y0, x1, y1 in the co-ordinates of the field.
-
-    Returns
-    -------
-    distance, values : numpy.ndarray
-        m from the start (on the GRS80 ellipsoid for degrees), and bilinear values in m, about two to a node.
-    """
-    x0, y0, x1, y1 = section
-    spacing = float(field["x"][1] - field["x"][0])
-    count = int(min(max(2 * math.hypot(x1 - x0, y1 - y0) / spacing, 50), 5000)) + 1
-    x, y = np.linspace(x0, x1, count), np.linspace(y0, y1, count)
-    if kind_of(field) == GEOGRAPHIC:
-        _, _, steps = _ELLIPSOID.inv(x[:-1], y[:-1], x[1:], y[1:])
-    else:
-        steps = np.hypot(np.diff(x), np.diff(y))
-    return np.concatenate([[0.0], np.cumsum(steps)]), sample(field, x, y)
