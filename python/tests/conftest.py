@@ -64,7 +64,7 @@ def tool(*command, **options):
 
 def tdr(*arguments, status=0, cwd=None):
     """Runs the command and holds its exit status; has what it prints as `stdout` and `stderr`."""
-    from tidora.cli import main
+    from tidora.commands.main import main
 
     out, err = io.StringIO(), io.StringIO()
     before = os.getcwd()

@@ -14,7 +14,7 @@ LIMITED = """
 import resource, signal, sys
 signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
 resource.setrlimit(resource.RLIMIT_FSIZE, (50000, 50000))
-from tidora.cli import command
+from tidora.commands.main import command
 sys.argv[0] = "tdr"
 command()
 """

@@ -7,7 +7,8 @@ import numpy as np
 import pytest
 from conftest import DATA, binary_grid, series, smooth, tdr
 
-from tidora.info import describe, to_text, without_nan
+from tidora.commands.report import describe, without_nan
+from tidora.commands.report_text import to_text
 
 FAULT = DATA / "tohoku2011_satake_geo.txt"
 

@@ -245,7 +245,7 @@ def test_intervals_that_start_together_are_refused_for_the_time_axis(tmp_path):
 # The peak of the process itself, in kB; getrusage would count the one that started it too.
 PEAK = """
 import sys
-from tidora.cli import main
+from tidora.commands.main import main
 status = main(sys.argv[1:])
 print(status, next(line.split()[1] for line in open("/proc/self/status") if line.startswith("VmHWM:")))
 """

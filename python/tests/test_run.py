@@ -10,7 +10,7 @@ from conftest import DATA, ROOT, tdr
 
 import tidora
 from tidora.formats.configuration import read_configuration
-from tidora.runner import Display, find_program
+from tidora.commands.program import Display, find_program
 
 
 @pytest.fixture

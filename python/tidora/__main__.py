@@ -1,5 +1,5 @@
 """``python -m tidora`` is ``tdr``."""
 
-from .cli import command
+from .commands.main import command
 
 command()

@@ -41,6 +41,11 @@ def seismic_moment(faults: xr.Dataset, rigidity: float = RIGIDITY) -> Moment:
         Of `read_faults`.
     rigidity : float
         Pa.
+
+    Returns
+    -------
+    Moment
+        Rigidity times the potency, which is length times width times the amount of slip, summed over the elements.
     """
     potency = float(np.sum(element_potency(faults)))
     area = sum(length * width for length, width in {row[:7]: row[:2] for row in _places(faults)}.values())

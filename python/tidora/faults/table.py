@@ -109,9 +109,22 @@ def lower_depth(faults: xr.Dataset) -> np.ndarray:
 
 
 def guess_coord(path: Path) -> str:
-    """Kind of co-ordinates of a fault file that does not say it; the guess is reported as a warning.
+    """Kind of co-ordinates of a fault file that does not say it; the guess is reported as a `TidoraWarning`.
 
-    Degrees when every reference point could be a latitude and a longitude.
+    Parameters
+    ----------
+    path : path
+        Degrees when every reference point could be a latitude and a longitude.
+
+    Returns
+    -------
+    str
+        `PLANE` or `GEOGRAPHIC`.
+
+    Raises
+    ------
+    FileError
+        As `read_faults`.
     """
     table = read_faults(path, PLANE)
     fits = bool(np.all(np.abs(table["y"].values) <= 90) and np.all(np.abs(table["x"].values) <= 360))

@@ -15,7 +15,20 @@ KINDS = (PLANE, GEOGRAPHIC)
 
 
 def guess_kind(shape: GridShape, what: str) -> str:
-    """Kind of co-ordinates of a grid that does not say it; the guess is reported as a warning."""
+    """Kind of co-ordinates of a grid that does not say it; the guess is reported as a `TidoraWarning`.
+
+    Parameters
+    ----------
+    shape : GridShape
+        Degrees when all of its nodes could be longitudes and latitudes.
+    what : str
+        What the warning calls the grid.
+
+    Returns
+    -------
+    str
+        `PLANE` or `GEOGRAPHIC`.
+    """
     x, y = shape.org_x + (shape.nx - 1) * shape.dx, shape.org_y + (shape.ny - 1) * shape.dx
     looks_geographic = shape.org_x >= -360 and x <= 360 and shape.org_y >= -90 and y <= 90
     kind = GEOGRAPHIC if looks_geographic else PLANE

@@ -11,7 +11,7 @@ import xarray as xr
 from ..errors import Parameter, TidoraError, UsageError
 from .kinds import PLANE
 from .reference import GEOGRAPHIC_CRS
-from .shape import MAX_VALUES, GridShape, Region
+from .shape import GridShape, MAX_VALUES, Region
 
 _NEAR = 1e-4
 """Part of a spacing by which a region may miss a node: regions are given in decimals, spacings in fractions."""

@@ -104,18 +104,7 @@ def write(series: xr.DataArray, path: Path, options: Writing = Writing(), progre
     done = np.zeros((shape.ny, shape.nx))  # double precision: the intervals that are over
     open_layers = list(range(len(layers)))
     with replacing(path) as part, part.open("w", encoding="ascii", newline="\n") as file:
-        for value, name in (
-            (shape.nx, "mx"),
-            (shape.ny, "my"),
-            (count, "mt"),
-            (shape.org_x, "xlower"),
-            (shape.org_y, "ylower"),
-            (first, "t0"),
-            (shape.dx, "dx"),
-            (shape.dx, "dy"),
-            (step, "dt"),
-        ):
-            file.write(f"{value!r:<24} {name}\n")
+        file.write(_header_text(shape, first, step, count))
         for number in range(count):
             time = first + number * step
             if number == count - 1:
@@ -137,6 +126,13 @@ def write(series: xr.DataArray, path: Path, options: Writing = Writing(), progre
                 file.write(_rows_text(block[::-1]))
             progress(f"{time:g} s")
     return shape
+
+
+def _header_text(shape: GridShape, first: float, step: float, count: int) -> str:
+    sizes = ((shape.nx, "mx"), (shape.ny, "my"), (count, "mt"))
+    places = ((shape.org_x, "xlower"), (shape.org_y, "ylower"), (first, "t0"))
+    steps = ((shape.dx, "dx"), (shape.dx, "dy"), (step, "dt"))
+    return "".join(f"{value!r:<24} {name}\n" for value, name in (*sizes, *places, *steps))
 
 
 def _rows_text(block: np.ndarray) -> str:

@@ -12,7 +12,7 @@ from .. import text
 from ..errors import FileError, Path, TidoraError
 from ..fields.kinds import axis_attributes, guess_kind
 from ..fields.missing import complete_rows
-from ..fields.shape import MAX_VALUES, GridShape, row_blocks, shape_of
+from ..fields.shape import GridShape, MAX_VALUES, row_blocks, shape_of
 from ..files import replacing
 from .contract import Step, Writing, no_progress, row_steps
 

@@ -134,15 +134,29 @@ def _normalised(
         nodes = {name: 1000.0 * values for name, values in nodes.items()}
     coords: dict[str, Any] = {name: (name, values, axis_attributes(kind, name)) for name, values in nodes.items()}
     if others:
-        coords["time"] = (
-            "time",
-            np.asarray(variable[others[0]].values, float)
-            if others[0] in variable.coords
-            else np.arange(float(variable.sizes[others[0]])),
-            {"units": str(dataset[others[0]].attrs.get("units", "s")) if others[0] in dataset.coords else "s"},
-        )
-        if "rise_time" in dataset and dataset["rise_time"].dims == (others[0],):
-            coords["rise_time"] = ("time", np.asarray(dataset["rise_time"].values, float), {"units": "s"})
+        coords.update(_times(dataset, variable, others[0]))
+    dims = (*others, y_name, x_name)
+    flipped = [dimension for dimension in (y_name, x_name) if nodes_decrease(dataset, dimension)]
+    return as_field(
+        tuple(rename[dimension] for dimension in dims),
+        _lazy_values(variable, dims, flipped),
+        _attributes(path, dataset, variable),
+        coords,
+    )
+
+
+def _times(dataset: xr.Dataset, variable: xr.DataArray, dimension: Any) -> dict[str, Any]:
+    """Co-ordinates of time; layers that have none are counted."""
+    known = dimension in variable.coords
+    at = np.asarray(variable[dimension].values, float) if known else np.arange(float(variable.sizes[dimension]))
+    unit = str(dataset[dimension].attrs.get("units", "s")) if dimension in dataset.coords else "s"
+    coords: dict[str, Any] = {"time": ("time", at, {"units": unit})}
+    if "rise_time" in dataset and dataset["rise_time"].dims == (dimension,):
+        coords["rise_time"] = ("time", np.asarray(dataset["rise_time"].values, float), {"units": "s"})
+    return coords
+
+
+def _attributes(path: Path, dataset: xr.Dataset, variable: xr.DataArray) -> dict[str, Any]:
     attrs: dict[str, Any] = {
         "units": str(variable.attrs.get("units", "m")),
         "source_file": os.path.basename(os.fspath(path)),
@@ -155,11 +169,7 @@ def _normalised(
     crs = _crs(dataset, variable)
     if crs is not None:
         attrs["crs_wkt"] = crs.to_wkt()
-    dims = (*others, y_name, x_name)
-    flipped = [dimension for dimension in (y_name, x_name) if nodes_decrease(dataset, dimension)]
-    return as_field(
-        tuple(rename[dimension] for dimension in dims), _lazy_values(variable, dims, flipped), attrs, coords
-    )
+    return attrs
 
 
 def nodes_decrease(dataset: xr.Dataset, dimension: Any) -> bool:

@@ -55,6 +55,7 @@ class Format:
         return import_module(self.module, __package__)
 
 
+# Help and messages keep this order; a first line that would suit two texts goes to the one that stands first.
 # fmt: off
 FORMATS: tuple[Format, ...] = (
     Format(".netcdf", "NetCDF", help="CF NetCDF, a whole series or one grid", reads=(".nc", ".grd", ".nc4"),
@@ -64,10 +65,10 @@ FORMATS: tuple[Format, ...] = (
     Format(".esri_ascii", "ESRI ASCII", reads=(".asc", ".agr"), writes=(".asc",)),
     Format(".geotiff", "GeoTIFF", reads=(".tif", ".tiff"), writes=(".tif", ".tiff"), system=True),
     Format(".binary_grid", "binary grid", "the grids of the program", "grids of Tidora", writes=(".bin",)),
-    Format(".text_grid", "text grid", "the grids of the program", "grids of Tidora", writes=(".txt",),
-           first_line="a grid (columns and rows)"),
     Format(".series_list", "list of a series", first_line="a list (start, length, path)", series=True),
     Format("..faults.table", "fault file", first_line="a fault file (ten columns)", holds=FAULTS),
+    Format(".text_grid", "text grid", "the grids of the program", "grids of Tidora", writes=(".txt",),
+           first_line="a grid (columns and rows)"),
     Format(".picture", "picture", writes=(".png", ".pdf", ".svg"), holds=PICTURE),
 )
 # fmt: on
@@ -112,7 +113,8 @@ def recognise(path: Path) -> Format:
         for form in told:
             if form.load().is_first_line(line.text):
                 return form
-        raise FileError(path, "is neither " + ", nor ".join(form.first_line for form in told), line.number)
+        simplest_first = sorted(told, key=lambda form: (form.holds != FIELD, form.series))
+        raise FileError(path, "is neither " + ", nor ".join(form.first_line for form in simplest_first), line.number)
     raise FileError(path, "is empty, or holds comments only")
 
 

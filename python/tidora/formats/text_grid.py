@@ -13,7 +13,7 @@ from ..errors import FileError, Path, TidoraError
 from ..fields.kinds import guess_kind
 from ..fields.making import make_field
 from ..fields.missing import complete_rows
-from ..fields.shape import MAX_VALUES, GridShape, checked_shape, row_blocks
+from ..fields.shape import GridShape, MAX_VALUES, checked_shape, row_blocks
 from ..files import replacing
 from .contract import Step, Writing, no_progress, row_steps
 from .result_names import field_attributes

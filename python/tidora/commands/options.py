@@ -1,0 +1,93 @@
+"""Options that several commands have, and the words of the command line in place of those of the library."""
+
+from __future__ import annotations
+
+import argparse
+import math
+from typing import Sequence
+
+from ..errors import Message, Parameter, worded
+from ..fields.kinds import KINDS
+
+OPTIONS = {
+    "coord": "--coord",
+    "crs": "--crs",
+    "epoch": "--epoch",
+    "fill": "--fill",
+    "region": "--region",
+    "source": "IN",
+    "spacing": "--spacing",
+    "start": "--snapshot",
+    "step": "--dt",
+    "target": "OUT",
+    "variable": "--variable",
+    "whole_sum": "--sum",
+}
+"""What the parameters that messages of the library name are called on the command line."""
+
+_LINES = ("--region", "--section")
+"""Options whose value may start with a minus and be no single number."""
+
+
+def in_options(message: Message) -> str:
+    """A message of the library for somebody at the command line: its parameters under the names of their options."""
+
+    def option(parameter: Parameter) -> str:
+        return f"{OPTIONS[parameter.name]} {parameter.value}".rstrip()
+
+    return worded(message, option)
+
+
+def listed(words: Sequence[str], last: str) -> str:
+    """Words in a row, `last` before the last of them."""
+    return f" {last} ".join([", ".join(words[:-1]), words[-1]] if len(words) > 1 else words)
+
+
+def joined(arguments: Sequence[str]) -> list[str]:
+    """The arguments with the values of some options attached by ``=``: -75/-70/-40/-30 is no option."""
+    words: list[str] = []
+    for word in arguments:
+        if words and words[-1] in _LINES:
+            words[-1] += f"={word}"
+        else:
+            words.append(word)
+    return words
+
+
+def positive(word: str) -> float:
+    """A number above 0."""
+    value = float(word)
+    if not 0 < value < float("inf"):
+        raise argparse.ArgumentTypeError(f"{word} is not above 0")
+    return value
+
+
+positive.__name__ = "_positive"  # stands in what argparse says of a word that is no number, which stays
+
+
+def four_numbers(word: str, other: str, own: str, form: str) -> tuple[float, ...]:
+    """Four numbers separated by `own`, or by `other`; `form` says what they are."""
+    values = tuple(float(part) for part in word.replace(other, own).split(own))
+    if len(values) != 4 or not all(math.isfinite(value) for value in values):
+        raise argparse.ArgumentTypeError(f"{word} is not {form}")
+    return values
+
+
+def add_input_options(parser: argparse.ArgumentParser) -> None:
+    """How the files that are read are to be understood."""
+    parser.add_argument(
+        "--coord",
+        choices=KINDS,
+        help="co-ordinates of grids and fault files that do not say it: "
+        "plane is metres, geographic is degrees (guessed with a warning)",
+    )
+    parser.add_argument(
+        "--variable", metavar="NAME", help="variable of a NetCDF file (the only one with rows and columns)"
+    )
+
+
+def add_rigidity(parser: argparse.ArgumentParser, pascal: float, what: str) -> None:
+    """The rigidity in GPa."""
+    parser.add_argument(
+        "--rigidity", type=positive, default=pascal / 1e9, metavar="GPA", help=f"for the {what}, in GPa (%(default)g)"
+    )
