@@ -1,0 +1,137 @@
+"""The rooms of the package: which may use which, and who speaks of options."""
+
+import ast
+import re
+from collections import defaultdict
+
+import pytest
+from conftest import ROOT
+
+from tidora.commands.options import OPTIONS
+from tidora.formats.registry import FORMATS
+
+PACKAGE = ROOT / "python" / "tidora"
+FILES = sorted(PACKAGE.rglob("*.py"))
+
+# Each room uses itself and those behind it.
+ORDER = ("commands", "plot", "formats", "faults", "fields", "base")
+BASE = ("errors", "text", "files")
+
+
+def name_of(path):
+    parts = ("tidora", *path.relative_to(PACKAGE).with_suffix("").parts)
+    return ".".join(parts[:-1] if parts[-1] == "__init__" else parts)
+
+
+MODULES = {name_of(path): path for path in FILES}
+
+
+def room_of(module):
+    parts = module.split(".")
+    return "top" if len(parts) == 1 or parts[1] == "__main__" else "base" if parts[1] in BASE else parts[1]
+
+
+def imports(module):
+    """Modules of the package that a module imports anywhere, in functions too, with the names that it takes."""
+    path = MODULES[module]
+    package = module.split(".") if path.name == "__init__.py" else module.split(".")[:-1]
+    found = []
+    for node in ast.walk(ast.parse(path.read_text())):
+        if isinstance(node, ast.Import):
+            found += [(alias.name, None) for alias in node.names if alias.name.split(".")[0] == "tidora"]
+        elif isinstance(node, ast.ImportFrom):
+            stem = package[: len(package) - node.level + 1] if node.level else []
+            source = ".".join([*stem, *([node.module] if node.module else [])])
+            if source.split(".")[0] == "tidora":
+                for alias in node.names:
+                    inner = f"{source}.{alias.name}"
+                    found.append((inner, None) if inner in MODULES else (source, alias.name))
+    return found
+
+
+def edges():
+    """What uses what. The registry loads the modules of its table by their names."""
+    arrows = defaultdict(set)
+    for module in MODULES:
+        arrows[module] |= {target for target, _ in imports(module) if target != module}
+    for form in FORMATS:
+        loaded = f"tidora{form.module[1:]}" if form.module.startswith("..") else f"tidora.formats{form.module}"
+        arrows["tidora.formats.registry"].add(loaded)
+    return arrows
+
+
+def test_every_module_belongs_to_a_room():
+    assert {room_of(module) for module in MODULES} == {*ORDER, "top"}
+    assert len(MODULES) > 50
+
+
+def test_rooms_use_those_behind_them_and_no_other():
+    for module, targets in edges().items():
+        for target in targets:
+            assert target in MODULES, f"{module} uses {target}, which is not there"
+            if room_of(module) == "top":
+                continue
+            if target == "tidora":  # the version
+                assert room_of(module) == "commands", module
+                continue
+            assert ORDER.index(room_of(module)) <= ORDER.index(room_of(target)), f"{module} uses {target}"
+
+
+def test_no_module_leads_back_to_itself():
+    arrows, state = edges(), {}
+
+    def visit(module, way):
+        assert state.get(module) != "open", " -> ".join([*way, module])
+        if module not in state:
+            state[module] = "open"
+            for target in sorted(arrows[module]):
+                visit(target, [*way, module])
+            state[module] = "done"
+
+    for module in sorted(MODULES):
+        visit(module, [])
+
+
+def test_names_with_an_underscore_stay_in_their_module():
+    for module in MODULES:
+        for target, name in imports(module):
+            assert name is None or name == "__version__" or not name.startswith("_"), f"{module}: {target}.{name}"
+
+
+LIBRARY = [path for path in FILES if room_of(name_of(path)) != "commands"]
+
+
+@pytest.mark.parametrize("path", LIBRARY, ids=lambda path: str(path.relative_to(PACKAGE)))
+def test_the_library_names_no_option_and_prints_nothing(path):
+    text = path.read_text()
+    assert not re.search(r"--[a-z]", text)
+    called = {node.func.id for node in ast.walk(ast.parse(text)) if isinstance(node, ast.Call)
+              and isinstance(node.func, ast.Name)}  # fmt: skip
+    assert "print" not in called and not re.search(r"sys\.std(out|err)", text)
+
+
+def test_every_parameter_of_a_message_has_its_option_and_every_such_option_exists():
+    named = set()
+    for path in LIBRARY:
+        for node in ast.walk(ast.parse(path.read_text())):
+            if isinstance(node, ast.Call) and getattr(node.func, "id", "") == "Parameter":
+                # A name that is computed stands in a loop over names, which conversion.py alone has.
+                if isinstance(node.args[0], ast.Constant):
+                    named.add(node.args[0].value)
+                else:
+                    assert path.name == "conversion.py"
+    named |= {name for form in FORMATS for name in form.takes}
+    assert named == set(OPTIONS)
+    words = set()
+    for path in (PACKAGE / "commands").glob("*.py"):
+        for node in ast.walk(ast.parse(path.read_text())):
+            if isinstance(node, ast.Call) and getattr(node.func, "attr", "") == "add_argument":
+                words |= {word.value for word in node.args if isinstance(word, ast.Constant)}
+                words |= {key.value.value for key in node.keywords if key.arg == "metavar"}
+    assert set(OPTIONS.values()) <= words
+
+
+def test_the_packages_of_an_installation_are_those_of_the_folders():
+    listed = re.search(r"^packages = \[(.*)\]", (ROOT / "python" / "pyproject.toml").read_text(), re.MULTILINE).group(1)
+    folders = {name_of(path) for path in FILES if path.name == "__init__.py"}
+    assert set(re.findall(r'"([\w.]+)"', listed)) == folders
