@@ -38,6 +38,21 @@ void Store(const Row& u, const SurfaceDisplacements& out, std::size_t at) noexce
     }
 }
 
+/// Where a number of the source is not finite, which of its terms are infinite and which are not numbers depends on how
+/// they are written: every point then takes the scalar routine.
+bool IsFinite(const TidoraBlockC0& m, const Dislocation& slip) noexcept {
+    return std::isfinite(m.ALP3) && std::isfinite(m.SD) && std::isfinite(slip.strikeSlip) &&
+           std::isfinite(slip.dipSlip);
+}
+
+/// scalar(x, y, depth) at every point.
+template <typename Scalar>
+void RunScalar(const SurfacePoints& points, const SurfaceDisplacements& out, Scalar scalar) noexcept {
+    for (std::size_t i = 0; i < points.count; ++i) {
+        Store(scalar(points.x[i], points.y[i], points.depth[i]), out, i);
+    }
+}
+
 /// Runs kernel(points, out, singular) chunk by chunk and scalar(x, y, depth) at the points that it leaves.
 template <typename Kernel, typename Scalar>
 void RunWithScalarPoints(const SurfacePoints& points, const SurfaceDisplacements& out, Kernel kernel,
@@ -77,6 +92,10 @@ void FiniteSurfaceBatch(const RectangleSource& source, const SurfacePoints& poin
             FiniteSurfaceSource(m, {x, y, 0.0F, depth, source.al1, source.al2, source.aw1, source.aw2}, slip, c, u));
         return u;
     };
+    if (!IsFinite(m, slip)) {
+        RunScalar(points, out, scalar);
+        return;
+    }
     const SurfaceKernels::Finite kernel =
         DispatchedKernels<SurfaceKernelsOf>().finite[out.ux != nullptr ? 1 : 0][m.CD == 0.0 ? 1 : 0];
     RunWithScalarPoints(
@@ -98,6 +117,10 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
         static_cast<void>(PointSurfaceSource(m, x, y, 0.0F, depth, potency, v, u));
         return u;
     };
+    if (!IsFinite(m, potency)) {
+        RunScalar(points, out, scalar);
+        return;
+    }
     const SurfaceKernels::Point kernel = DispatchedKernels<SurfaceKernelsOf>().point[out.ux != nullptr ? 1 : 0];
     RunWithScalarPoints(
         points, out,
