@@ -14,7 +14,10 @@
 namespace tidora {
 
 /// Four doubles, or eight floats, side by side: AVX2 with FMA. The vocabulary of all lane types; the operators + - * /
-/// and unary - are the compiler's. Largest errors: every operation is rounded correctly, Fma and Fnma once.
+/// and unary - are the compiler's.
+///
+/// Card. Every operation is rounded correctly, Fma and Fnma once, on all finite numbers, infinities and zeros. What is
+/// not a number stays so, but for Min, Max and the comparisons.
 struct Avx2Lanes {
     // ---- doubles: kernels that compute in double precision ----
 
@@ -22,8 +25,8 @@ struct Avx2Lanes {
     using Bits = std::uint64_t __attribute__((vector_size(32)));  ///< one 64-bit pattern per lane
     using Mask = __m256d;                                         ///< all bits of a lane, or none
     static constexpr std::size_t kDoubles = 4;
-    static constexpr int kMaxUlpOfInverse = 0;  ///< of Inverse, units in the last place
-    static constexpr int kMaxUlpOfRoot = 0;     ///< of Root, likewise
+    static constexpr double kMaxUlpOfInverse = 0.5;  ///< largest error of Inverse, units in the last place: a division
+    static constexpr double kMaxUlpOfRoot = 0.5;     ///< of Root, likewise: the square root of the processor
 
     static Doubles All(double value) noexcept { return _mm256_set1_pd(value); }
     static Bits AllBits(std::uint64_t value) noexcept { return Bits{value, value, value, value}; }
@@ -33,7 +36,7 @@ struct Avx2Lanes {
     static void Store(double* to, Doubles values) noexcept { _mm256_storeu_pd(to, values); }
     /// kDoubles values of single precision, widened; any alignment.
     static Doubles LoadWidened(const float* from) noexcept { return _mm256_cvtps_pd(_mm_loadu_ps(from)); }
-    /// from[lane] - minus in single precision, widened.
+    /// from[lane] - minus in single precision, widened: the scalar routines take this difference so.
     static Doubles LoadDifference(const float* from, float minus) noexcept {
         return _mm256_cvtps_pd(_mm_sub_ps(_mm_loadu_ps(from), _mm_set1_ps(minus)));
     }
@@ -57,6 +60,7 @@ struct Avx2Lanes {
         return _mm256_or_pd(Abs(size), _mm256_and_pd(All(-0.0), sign));
     }
 
+    // False where either is not a number.
     static Mask Less(Doubles a, Doubles b) noexcept { return _mm256_cmp_pd(a, b, _CMP_LT_OQ); }
     static Mask AtLeast(Doubles a, Doubles b) noexcept { return _mm256_cmp_pd(a, b, _CMP_GE_OQ); }
     static Mask And(Mask a, Mask b) noexcept { return _mm256_and_pd(a, b); }
@@ -127,11 +131,12 @@ struct Avx2Lanes {
     }
     /// Of twice as many values, low and high, those that the index names.
     static Floats Picked(Floats low, Integers index, Floats high) noexcept {
-        const __m256 isHigh = _mm256_castsi256_ps(_mm256_slli_epi32(index, 28));  // 8 and more: the sign
+        // Bit 3, set from 8 on, becomes the sign that the blend looks at; the permutations look at the bits below.
+        const __m256 isHigh = _mm256_castsi256_ps(_mm256_slli_epi32(index, 28));
         return _mm256_blendv_ps(_mm256_permutevar8x32_ps(low, index), _mm256_permutevar8x32_ps(high, index), isHigh);
     }
 
-    // ---- eight floats, widened to eight doubles and rounded again, on every vector unit ----
+    // ---- eight floats, widened to eight doubles and rounded again, whatever the width of the vectors ----
 
     using Floats8 = __m256;
     struct Doubles8 {

@@ -7,16 +7,20 @@
 
 namespace tidora {
 
-/// Two doubles side by side, in what the compiler makes of its own vectors on any machine. The vocabulary is that of
-/// Avx2Lanes and Avx512Lanes, as far as kernels of doubles need it; the operators + - * / and unary - are the
-/// compiler's. Largest errors: every operation is rounded correctly; Fma and Fnma round twice.
+/// Two doubles side by side, in what the compiler makes of its own vectors on any machine: one register of SSE2 or of
+/// NEON. The vocabulary is that of Avx2Lanes and Avx512Lanes, as far as kernels of doubles need it; the operators
+/// + - * / and unary - are the compiler's.
+///
+/// Card. Every operation is rounded correctly, on all finite numbers, infinities and zeros; Fma and Fnma round their
+/// product and their sum, since not every processor that this is for has a fused operation. What is not a number stays
+/// so, but for Min, Max and the comparisons.
 struct PlainLanes {
     using Doubles = double __attribute__((vector_size(16)));
     using Bits = std::uint64_t __attribute__((vector_size(16)));  ///< one 64-bit pattern per lane
     using Mask = std::int64_t __attribute__((vector_size(16)));   ///< all bits of a lane, or none
     static constexpr std::size_t kDoubles = 2;
-    static constexpr int kMaxUlpOfInverse = 0;  ///< of Inverse, units in the last place
-    static constexpr int kMaxUlpOfRoot = 0;     ///< of Root, likewise
+    static constexpr double kMaxUlpOfInverse = 0.5;  ///< largest error of Inverse, units in the last place: a division
+    static constexpr double kMaxUlpOfRoot = 0.5;     ///< of Root, likewise: the square root of the processor
 
     static Doubles All(double value) noexcept { return Doubles{value, value}; }
     static Bits AllBits(std::uint64_t value) noexcept { return Bits{value, value}; }
@@ -31,7 +35,7 @@ struct PlainLanes {
     static Doubles LoadWidened(const float* from) noexcept {
         return Doubles{static_cast<double>(from[0]), static_cast<double>(from[1])};
     }
-    /// from[lane] - minus in single precision, widened.
+    /// from[lane] - minus in single precision, widened: the scalar routines take this difference so.
     static Doubles LoadDifference(const float* from, float minus) noexcept {
         return Doubles{static_cast<double>(from[0] - minus), static_cast<double>(from[1] - minus)};
     }
@@ -41,9 +45,9 @@ struct PlainLanes {
         to[1] = static_cast<float>(values[1]);
     }
 
-    /// a b + c
+    /// a b + c, rounded twice.
     static Doubles Fma(Doubles a, Doubles b, Doubles c) noexcept { return a * b + c; }
-    /// c - a b
+    /// c - a b, rounded twice.
     static Doubles Fnma(Doubles a, Doubles b, Doubles c) noexcept { return c - a * b; }
     /// 1 / x
     static Doubles Inverse(Doubles x) noexcept { return 1.0 / x; }
@@ -58,6 +62,7 @@ struct PlainLanes {
         return FromBits((ToBits(size) & ~kSign) | (ToBits(sign) & kSign));
     }
 
+    // False where either is not a number.
     static Mask Less(Doubles a, Doubles b) noexcept { return a < b; }
     static Mask AtLeast(Doubles a, Doubles b) noexcept { return a >= b; }
     static Mask And(Mask a, Mask b) noexcept { return a & b; }
