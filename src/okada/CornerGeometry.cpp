@@ -1,3 +1,6 @@
+// What the tables of a rectangular source share at one corner: Okada (1992), Bull. Seism. Soc. Am. 82, Tables 6 to 9.
+// Names as in the paper; sums of three squares run from xi to q, and the batched kernel repeats them bit for bit.
+
 #include <cmath>
 
 #include "okada/DC3D.h"
@@ -23,7 +26,7 @@ EdgeTerms EdgeTermsOf(double R, double s, double rest2, bool onNegativeExtension
     double sum = R + s;
     if (sum == 0.0) {
         // Lost to rounding: a point closer to the trace of a long source than a hundred millionth of its length. The
-        // same sum, rest2 / (R - s), keeps its digits there.
+        // same sum, rest2 / (R - s), keeps its digits there. Only there: elsewhere it would change the last bits.
         sum = rest2 / (R - s);
     }
     const double f11 = 1.0 / (R * sum);
@@ -38,18 +41,21 @@ void SetCorner(double sd, double cd, double& xi, double& eta, double& q, bool on
     eta = ZeroIfTiny(eta);
     q = ZeroIfTiny(q);
 
+    // Three squares, then two sums, none of them fused: near an extension R + xi and R + eta hold little else than the
+    // rounding of R.
     c.XI2 = xi * xi;
     c.ET2 = eta * eta;
     c.Q2 = q * q;
     c.R2 = c.XI2 + c.ET2 + c.Q2;
     c.R = std::sqrt(c.R2);
     if (c.R == 0.0) {
-        return;
+        return;  // a corner is on an edge, which the callers have ruled out; the fields below would be infinite
     }
     c.R3 = c.R * c.R2;
     c.R5 = c.R3 * c.R2;
     c.Y = eta * cd + q * sd;
     c.D = eta * sd - q * cd;
+    // The angle jumps by pi from one side of the plane to the other; on it, 0 is the mean of both.
     c.TT = q == 0.0 ? 0.0 : std::atan(xi * eta / (q * c.R));
 
     const EdgeTerms x = EdgeTermsOf(c.R, xi, c.ET2 + c.Q2, onXiExtension);
@@ -61,6 +67,7 @@ void SetCorner(double sd, double cd, double& xi, double& eta, double& q, bool on
     c.Y11 = y.f11;
     c.Y32 = y.f32;
 
+    // E to H of Table 8 and, as EZ to HZ, the primed ones of Table 9.
     c.EY = sd / c.R - c.Y * q / c.R3;
     c.EZ = cd / c.R + c.D * q / c.R3;
     c.FY = c.D / c.R3 + c.XI2 * c.Y32 * sd;

@@ -15,6 +15,12 @@
 namespace tidora {
 namespace {
 
+// Each function is one slip type of a part, line by line: the displacement of Table 6, then the derivatives with
+// respect to x, y and z of Tables 7 to 9. The order of the terms is that of the tables, so that a line can be held
+// against them.
+
+// ---- part A: the source, or its image, in an unbounded medium ----
+
 PartColumn StrikeA(double xi, double q) noexcept {
     const auto& m = c0_;
     const auto& c = c2_;
@@ -51,12 +57,14 @@ PartColumn TensileA(double xi, double eta, double q) noexcept {
              m.ALP1 * (c.Y * c.X11 + xi * c.Y11 * m.CD) + m.ALP2 * q * c.HZ}};
 }
 
+// ---- part C: what the depth of the observation point multiplies ----
+
 /// Quantities that part C adds to the corner geometry.
 struct BodyTerms {
-    double C;  ///< c~
-    double X53, Y0, Z32, Z0;
-    double P, Q, Pz, Qz;
-    double C3;  ///< (1 - 3 q^2 / R^2) / R^3
+    double C;                 ///< c~
+    double X53, Y0, Z32, Z0;  ///< X53 = (8R^2 + 9R xi + 3xi^2) / (R^5 (R + xi)^3)
+    double P, Q, Pz, Qz;      ///< for the y and, as Pz and Qz, the z derivatives
+    double C3;                ///< (1 - 3 q^2 / R^2) / R^3
 };
 
 BodyTerms BodyTermsOf(double xi, double eta, double q, double z) noexcept {
@@ -64,6 +72,7 @@ BodyTerms BodyTermsOf(double xi, double eta, double q, double z) noexcept {
     const auto& c = c2_;
     BodyTerms t{};
     t.C = c.D + z;
+    // 1 / (R^5 (R + xi)^3) is the cube of X11 = 1 / (R (R + xi)) over R^2; the same with eta and Y11.
     t.X53 = (8.0 * c.R2 + 9.0 * c.R * xi + 3.0 * c.XI2) * c.X11 * c.X11 * c.X11 / c.R2;
     const double Y53 = (8.0 * c.R2 + 9.0 * c.R * eta + 3.0 * c.ET2) * c.Y11 * c.Y11 * c.Y11 / c.R2;
     const double h = q * m.CD - z;
@@ -73,6 +82,7 @@ BodyTerms BodyTermsOf(double xi, double eta, double q, double z) noexcept {
     t.Z0 = t.Z32 - c.XI2 * Z53;
     t.P = m.CD / c.R3 + q * c.Y32 * m.SD;
     t.Pz = m.SD / c.R3 - q * c.Y32 * m.CD;
+    // In both Q and Q'.
     const double sum = z * c.Y32 + t.Z32 + t.Z0;
     t.Q = 3.0 * t.C * c.D / c.R5 - sum * m.SD;
     t.Qz = 3.0 * t.C * c.Y / c.R5 + q * c.Y32 - sum * m.CD;
@@ -151,6 +161,7 @@ extern "C" {
 void ua_(const double* XI, const double* ET, const double* Q, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U) {
     tidora::ClearPart(U);
+    // A slip of 0 adds nothing, not even 0 times an infinite term; in uc_ likewise.
     if (*DISL1 != 0.0) {
         tidora::AddColumn(*DISL1, tidora::StrikeA(*XI, *Q), U);
     }

@@ -1,3 +1,5 @@
+// A rectangular source: its four corners, their sum, and the entry point dc3d_.
+
 #include <array>
 #include <cmath>
 
@@ -15,7 +17,9 @@ struct CornerCoordinates {
     double q;
 };
 
-/// d: depth of the source (or of its image) below the observation point.
+/// d: depth of the source (or of its image) below the observation point. x less the ends along strike is formed in
+/// single precision, as the header promises: all four are arguments of that precision, and the bits of the difference
+/// are the result's. Everything after it is double.
 CornerCoordinates CornersOf(const TidoraBlockC0& m, const FinitePoint& at, double d) noexcept {
     const double y = Widen(at.y);
     const double p = y * m.CD + d * m.SD;
@@ -25,6 +29,8 @@ CornerCoordinates CornersOf(const TidoraBlockC0& m, const FinitePoint& at, doubl
             ZeroIfTiny(q)};
 }
 
+/// A product of two ends of at most 0 has the point between them; of exactly 0, at one of them. The displacement is
+/// infinite on an edge, so that the entry point answers with a status.
 bool IsOnEdge(const CornerCoordinates& c) noexcept {
     const double alongStrike = c.xi[0] * c.xi[1];
     const double alongDip = c.eta[0] * c.eta[1];
@@ -37,6 +43,8 @@ struct ExtensionFlags {
     std::array<bool, 2> ket{};  ///< by index of xi
 };
 
+/// The second end is the smaller co-ordinate: a point lies beyond the source just when the first is negative too. Each
+/// sum is taken at the end where it is the least, in metres like kOkadaEpsilon.
 ExtensionFlags ExtensionFlagsOf(const CornerCoordinates& c) noexcept {
     const auto distance = [&c](double xi, double eta) { return std::sqrt(xi * xi + eta * eta + c.q * c.q); };
     const double r12 = distance(c.xi[0], c.eta[1]);
@@ -52,7 +60,8 @@ ExtensionFlags ExtensionFlagsOf(const CornerCoordinates& c) noexcept {
     return flags;
 }
 
-/// Sum of part B over the four corners (Chinnery's notation), rotated from the frame of the source into x, y, z.
+/// Sum of part B over the four corners (Chinnery's notation), rotated from the frame of the source into x, y, z. Corner
+/// by corner, each rotated before it is added: the order of this sum is part of the result.
 Row CornerSum(const TidoraBlockC0& m, CornerCoordinates at, const Dislocation& slip, TidoraBlockC2& c) noexcept {
     const ExtensionFlags flags = ExtensionFlagsOf(at);
     double u[3] = {};
@@ -61,7 +70,7 @@ Row CornerSum(const TidoraBlockC0& m, CornerCoordinates at, const Dislocation& s
             SetCorner(m.SD, m.CD, at.xi[j], at.eta[k], at.q, flags.kxi[k], flags.ket[j], c);
             const Row b = CornerDisplacement(m, c, at.xi[j], at.eta[k], at.q, slip);
             const Row rotated = {b.f1, b.f2 * m.CD - b.f3 * m.SD, b.f2 * m.SD + b.f3 * m.CD};
-            AddRow(j == k ? 1.0 : -1.0, rotated, u);
+            AddRow(j == k ? 1.0 : -1.0, rotated, u);  // f(1,1) - f(2,1) - f(1,2) + f(2,2), xi first
         }
     }
     return {u[0], u[1], u[2]};
@@ -71,6 +80,8 @@ Row CornerSum(const TidoraBlockC0& m, CornerCoordinates at, const Dislocation& s
 
 bool FiniteSurfaceSource(const TidoraBlockC0& m, const FinitePoint& at, const Dislocation& slip, TidoraBlockC2& c,
                          Row& u) noexcept {
+    // Part B belongs to the image, whose depth below the point is depth - z; an edge of the source itself is singular
+    // too.
     const CornerCoordinates source = CornersOf(m, at, Widen(at.depth + at.z));
     const CornerCoordinates image = CornersOf(m, at, Widen(at.depth - at.z));
     if (IsOnEdge(source) || IsOnEdge(image)) {

@@ -18,12 +18,14 @@
 namespace tidora {
 namespace {
 
+/// I1 to I4 of Table 6.
 struct DisplacementTerms {
     double I1, I2, I3, I4;
 };
 
+/// What Tables 7 to 9 add to them.
 struct DerivativeTerms {
-    double D11;
+    double D11;  ///< 1 / (R (R + d~))
     double J1, J2, J3, J4, J5, J6;
     double K1, K2, K3, K4;
 };
@@ -35,9 +37,11 @@ struct SurfacePart {
     double xi, eta, q;
 
     [[nodiscard]] DisplacementTerms SurfaceTerms() const noexcept {
-        const double rd = c.R + c.D;
+        const double rd = c.R + c.D;  // positive below the surface, where d~ >= 0
         DisplacementTerms t{};
         if (m.CD != 0.0) {
+            // At xi = 0 the argument is infinite or 0 / 0; the angle is taken as 0, the mean of both
+            // sides.
             double angle = 0.0;
             if (xi != 0.0) {
                 const double x = std::sqrt(c.XI2 + c.Q2);
@@ -46,6 +50,7 @@ struct SurfacePart {
             t.I4 = (xi / rd * m.SDCD + 2.0 * angle) / m.CDCD;
             t.I3 = (c.Y * m.CD / rd - c.ALE + m.SD * std::log(rd)) / m.CDCD;
         } else {
+            // The limits of the same for cos(delta) = 0, where the forms above divide by it twice.
             t.I4 = xi * c.Y / (rd * rd) / 2.0;
             t.I3 = (eta / rd + c.Y * q / (rd * rd) - c.ALE) / 2.0;
         }
@@ -53,6 +58,8 @@ struct SurfacePart {
         t.I2 = std::log(rd) + t.I3 * m.SD;
         return t;
     }
+
+    // Table 6, part B, one function per slip type.
 
     [[nodiscard]] Row StrikeDisplacement(const DisplacementTerms& t) const noexcept {
         return {-xi * q * c.Y11 - c.TT - m.ALP3 * t.I1 * m.SD, -q / c.R + m.ALP3 * c.Y / (c.R + c.D) * m.SD,
@@ -76,6 +83,7 @@ struct SurfacePart {
         t.J2 = xi * c.Y / rd * t.D11;
         t.J5 = -(c.D + c.Y * c.Y / rd) * t.D11;
         if (m.CD != 0.0) {
+            // J3 and J6 divide by the cosine a second time: next to the clamp they lose up to twelve digits.
             t.K1 = xi * (t.D11 - c.Y11 * m.SD) / m.CD;
             t.K3 = (q * c.Y11 - c.Y * t.D11) / m.CD;
             t.J3 = (t.K1 - t.J2 * m.SD) / m.CD;
@@ -92,6 +100,8 @@ struct SurfacePart {
         t.K4 = xi * c.Y11 * m.CD - t.K1 * m.SD;
         return t;
     }
+
+    // Tables 6 to 9, part B: the displacement, then its derivatives with respect to x, y and z.
 
     [[nodiscard]] PartColumn StrikeColumn(const DisplacementTerms& i, const DerivativeTerms& t) const noexcept {
         return {StrikeDisplacement(i),
@@ -130,6 +140,7 @@ Row CornerDisplacement(const TidoraBlockC0& m, const TidoraBlockC2& c, double xi
                        const Dislocation& slip) noexcept {
     const SurfacePart part = {m, c, xi, eta, q};
     const DisplacementTerms terms = part.SurfaceTerms();
+    // A slip of 0 adds nothing, not even 0 times an infinite term.
     double u[3] = {};
     if (slip.strikeSlip != 0.0) {
         AddRow(slip.strikeSlip, part.StrikeDisplacement(terms), u);

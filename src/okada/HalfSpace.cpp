@@ -1,3 +1,5 @@
+// What every table takes from the medium and the dip: the constants that Okada (1992) writes with alpha and delta.
+
 #include <cmath>
 
 #include "okada/DC3D.h"
@@ -13,6 +15,8 @@ TidoraBlockC0 MediumOf(double alpha, double dip) noexcept {
     m.ALP4 = 1.0 - alpha;
     m.ALP5 = alpha;
 
+    // cos(90 degrees) comes out as 6e-17: the general formulas would divide by its square. Below the bound the plane is
+    // vertical, and the sine, then 1 to within 5e-13, becomes so exactly.
     const double dipRad = dip * kRadiansPerDegree;
     m.SD = std::sin(dipRad);
     m.CD = std::cos(dipRad);
@@ -27,6 +31,7 @@ TidoraBlockC0 MediumOf(double alpha, double dip) noexcept {
     m.SDSD = m.SD * m.SD;
     m.CDCD = m.CD * m.CD;
     m.SDCD = m.SD * m.CD;
+    // By the products, not by functions of twice the dip: they follow the clamp.
     m.S2D = 2.0 * m.SDCD;
     m.C2D = m.CDCD - m.SDSD;
     return m;

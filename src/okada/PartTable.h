@@ -8,13 +8,15 @@ namespace tidora {
 /// Lengths below this (in the caller's unit) count as zero, and so does a cosine of the dip below it: on an edge or on
 /// a vertical plane the general formulas divide by the difference that is then lost to rounding.
 inline constexpr double kOkadaEpsilon = 1.0e-6;
-inline constexpr double kTwoPi = 6.283185307179586;
-inline constexpr double kRadiansPerDegree = 0.017453292519943295;
+inline constexpr double kTwoPi = 6.283185307179586;                ///< scripts/polynomials.py, as the next
+inline constexpr double kRadiansPerDegree = 0.017453292519943295;  ///< pi / 180
 
+/// Arguments are single precision, arithmetic is double: the one place where the first becomes the second.
 [[nodiscard]] constexpr double Widen(float value) noexcept {
     return static_cast<double>(value);
 }
 
+/// Exactly 0 selects the special cases of the formulas; what is not a number stays.
 [[nodiscard]] inline double ZeroIfTiny(double value) noexcept {
     return std::abs(value) < kOkadaEpsilon ? 0.0 : value;
 }
@@ -30,6 +32,7 @@ struct PartColumn {
     Row u, x, y, z;
 };
 
+/// Product and sum are rounded one after the other, in this order for all slip types.
 inline void AddRow(double slip, const Row& row, double* u) noexcept {
     u[0] += slip * row.f1;
     u[1] += slip * row.f2;

@@ -17,6 +17,12 @@
 namespace tidora {
 namespace {
 
+// Each function is one type of source of a part, line by line: the displacement of Table 2, then the derivatives with
+// respect to x, y and z of Tables 3 to 5. The order of the terms is that of the tables, so that a line can be held
+// against them.
+
+// ---- part A: the source, or its image, in an unbounded medium ----
+
 PartColumn StrikeA(double x, double y, double d) noexcept {
     const auto& m = c0_;
     const auto& v = c1_;
@@ -73,6 +79,8 @@ PartColumn InflationA(double x, double y, double d) noexcept {
             {-a * f5 * x * d, -a * f5 * y * d, a * v.C3 / v.R3}};
 }
 
+// ---- part C: what the depth of the observation point multiplies ----
+
 /// Quantities that part C adds to the station geometry.
 struct PointBodyTerms {
     double A7, B5, B7, C5, C7;
@@ -93,6 +101,7 @@ PartColumn StrikeC(double x, double y, double d, double c, const PointBodyTerms&
     const double b = m.ALP4;
     const double a5 = m.ALP5 * w.f5 * c;
     const double a7 = m.ALP5 * w.f7 * c * x;
+    // Terms with alpha that stand in the tables twice.
     const double xUpY = a5 * (v.A5 * m.SD - 5.0 * y * v.Q / v.R2 * w.A7);
     const double xUpZ = a5 * (v.A5 * m.CD + 5.0 * d * v.Q / v.R2 * w.A7);
     const double yUpZ = a7 * (d * m.SD - y * m.CD - 7.0 * y * d * v.Q / v.R2);
@@ -178,6 +187,7 @@ extern "C" {
 void ua0_(const double* X, const double* Y, const double* D, const double* POT1, const double* POT2, const double* POT3,
           const double* POT4, double* U) {
     tidora::ClearPart(U);
+    // A potency of 0 adds nothing, not even 0 times an infinite term; in uc0_ likewise.
     if (*POT1 != 0.0) {
         tidora::AddColumn(*POT1, tidora::StrikeA(*X, *Y, *D), U);
     }

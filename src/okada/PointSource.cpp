@@ -1,3 +1,6 @@
+// A point source: its station geometry, Okada (1992), Bull. Seism. Soc. Am. 82, Tables 2 to 5, and the entry point
+// dc3d0_. Names as in the paper.
+
 #include <cmath>
 
 #include "okada/DC3D.h"
@@ -23,7 +26,7 @@ void SetStation(const TidoraBlockC0& m, double& x, double& y, double& d, TidoraB
     v.R2 = v.X2 + v.Y2 + v.D2;
     v.R = std::sqrt(v.R2);
     if (v.R == 0.0) {
-        return;
+        return;  // the source itself: everything below would be infinite, and the entry point answers with a status
     }
     v.R3 = v.R * v.R2;
     v.R5 = v.R3 * v.R2;
@@ -33,6 +36,7 @@ void SetStation(const TidoraBlockC0& m, double& x, double& y, double& d, TidoraB
     v.A5 = 1.0 - 5.0 * v.X2 / v.R2;
     v.B3 = 1.0 - 3.0 * v.Y2 / v.R2;
     v.C3 = 1.0 - 3.0 * v.D2 / v.R2;
+    // U, V, W of Table 4 (y) and the primed ones of Table 5 (z).
     v.UY = sd - 5.0 * y * v.Q / v.R2;
     v.VY = v.S - 5.0 * y * v.P * v.Q / v.R2;
     v.WY = v.UY + sd;
@@ -45,12 +49,12 @@ bool PointSurfaceSource(const TidoraBlockC0& m, float x, float y, float z, float
                         TidoraBlockC1& v, Row& u) noexcept {
     double wideX = Widen(x);
     double wideY = Widen(y);
-    double d = Widen(depth + z);
+    double d = Widen(depth + z);  // summed in single precision, as the header promises
     SetStation(m, wideX, wideY, d, v);
     if (v.R == 0.0) {
         return true;
     }
-    d = Widen(depth - z);
+    d = Widen(depth - z);  // of the image, to which part B belongs
     SetStation(m, wideX, wideY, d, v);
     u = PointDisplacement(m, v, wideX, wideY, d, Widen(z), potency);
     return false;

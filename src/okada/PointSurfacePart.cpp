@@ -29,10 +29,12 @@ struct SurfaceFactors {
     double g5;  ///< (8R^2 + 9Rd + 3d^2) / (R^5 (R + d)^3)
 };
 
+/// I1 to I5 of Table 2.
 struct PointDisplacementTerms {
     double I1, I2, I3, I4, I5;
 };
 
+/// J and K of Tables 3 to 5.
 struct PointDerivativeTerms {
     double J1, J2, J3, J4;
     double K1, K2, K3;
@@ -45,7 +47,7 @@ struct PointSurfacePart {
     double x, y, d, c;
 
     [[nodiscard]] SurfaceFactors Factors() const noexcept {
-        const double rd = v.R + d;
+        const double rd = v.R + d;  // vanishes only above the source, d < 0, where the tables do not hold
         return {1.0 / (v.R * rd * rd), (3.0 * v.R + d) / (v.R3 * rd * rd * rd),
                 (5.0 * v.R2 + 4.0 * v.R * d + v.D2) / (v.R5 * rd * rd * rd * rd), (2.0 * v.R + d) / (v.R3 * rd * rd),
                 (8.0 * v.R2 + 9.0 * v.R * d + 3.0 * v.D2) / (v.R5 * rd * rd * rd)};
@@ -73,6 +75,8 @@ struct PointSurfacePart {
         return t;
     }
 
+    // Table 2, part B, one function per type of source.
+
     [[nodiscard]] Row StrikeDisplacement(const PointDisplacementTerms& i) const noexcept {
         return {-v.X2 * v.QR - m.ALP3 * i.I1 * m.SD, -x * y * v.QR - m.ALP3 * i.I2 * m.SD,
                 -c * x * v.QR - m.ALP3 * i.I4 * m.SD};
@@ -92,6 +96,8 @@ struct PointSurfacePart {
         const double f = m.ALP3 / v.R3;
         return {f * x, f * y, f * d};
     }
+
+    // Tables 2 to 5, part B: the displacement, then its derivatives with respect to x, y and z.
 
     [[nodiscard]] PartColumn StrikeColumn(const PointDisplacementTerms& i,
                                           const PointDerivativeTerms& t) const noexcept {
@@ -137,6 +143,7 @@ Row PointDisplacement(const TidoraBlockC0& m, const TidoraBlockC1& v, double x, 
                       const Dislocation& potency) noexcept {
     const PointSurfacePart part = {m, v, x, y, d, d + z};
     const PointDisplacementTerms i = part.SurfaceTerms(part.Factors());
+    // A potency of 0 adds nothing, not even 0 times an infinite term.
     double u[3] = {};
     if (potency.strikeSlip != 0.0) {
         AddRow(potency.strikeSlip, part.StrikeDisplacement(i), u);

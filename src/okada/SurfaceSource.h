@@ -6,7 +6,8 @@
 namespace tidora {
 
 // The scalar sources with all their state in arguments. The extern "C" routines pass the module-wide blocks, everyone
-// else blocks of his own: these functions may run in several threads.
+// else blocks of his own: these functions may run in several threads. The batch takes them at its singular points, and
+// the tests hold it to them.
 
 /// Medium and dip (degrees) in the form of the block c0_; see dccon0_.
 [[nodiscard]] TidoraBlockC0 MediumOf(double alpha, double dip) noexcept;
@@ -42,11 +43,13 @@ struct FinitePoint {
     float al1, al2, aw1, aw2;
 };
 
-/// dc3d_ behind its arguments. True at a singular point, `u` being unchanged. m: the medium; c: work space.
+/// dc3d_ without its status and its derivatives. True at a singular point, `u` being unchanged. m: the medium; c: work
+/// space.
 [[nodiscard]] bool FiniteSurfaceSource(const TidoraBlockC0& m, const FinitePoint& at, const Dislocation& slip,
                                        TidoraBlockC2& c, Row& u) noexcept;
 
-/// dc3d0_ behind its arguments; z <= 0. True at the source itself, `u` being unchanged. v: work space.
+/// dc3d0_ without its status and its derivatives; z <= 0. True at the source itself, `u` being unchanged. v: work
+/// space.
 [[nodiscard]] bool PointSurfaceSource(const TidoraBlockC0& m, float x, float y, float z, float depth,
                                       const Dislocation& potency, TidoraBlockC1& v, Row& u) noexcept;
 

@@ -7,6 +7,7 @@
 namespace tidora {
 namespace {
 
+/// Every extension that a set is compiled with is asked for: one that is missing would end the program.
 std::vector<InstructionSet> FindInstructionSets() {
     std::vector<InstructionSet> sets = {InstructionSet::Baseline};
 #ifdef __x86_64__
@@ -21,6 +22,8 @@ std::vector<InstructionSet> FindInstructionSets() {
     return sets;
 }
 
+/// Atomic: kernels run in several threads while a test may choose another set. Made at its first use, so that no order
+/// of start-up of the program's parts matters.
 std::atomic<InstructionSet>& Current() {
     static std::atomic<InstructionSet> current{AvailableInstructionSets().back()};
     return current;
@@ -37,7 +40,7 @@ const char* NameOf(InstructionSet set) noexcept {
         case InstructionSet::Avx512:
             return "AVX-512";
     }
-    return "";
+    return "";  // no other value; compilers want an end
 }
 
 const std::vector<InstructionSet>& AvailableInstructionSets() {

@@ -1,3 +1,5 @@
+// The batches: which kernel runs, in what chunks, and the points that take the scalar routine.
+
 #include "okada/batch/SurfaceBatch.h"
 
 #include <algorithm>
@@ -21,6 +23,7 @@ double NoiseOf(const TidoraBlockC0& m, const Dislocation& slip) noexcept {
     return 1.0e-7 * amplification * (std::abs(slip.strikeSlip) + std::abs(slip.dipSlip)) / kTwoPi;
 }
 
+/// Up to kKernelPoints points from number `at` on, and where their displacements go.
 SurfacePoints Part(const SurfacePoints& points, std::size_t at) noexcept {
     return {std::min(kKernelPoints, points.count - at), points.x + at, points.y + at, points.depth + at};
 }
@@ -30,6 +33,7 @@ SurfaceDisplacements Part(const SurfaceDisplacements& out, std::size_t at) noexc
     return {withHorizontal ? out.ux + at : nullptr, withHorizontal ? out.uy + at : nullptr, out.uz + at};
 }
 
+/// Rounds once, as the entry points of the scalar routines do.
 void Store(const Row& u, const SurfaceDisplacements& out, std::size_t at) noexcept {
     out.uz[at] = static_cast<float>(u.f3);
     if (out.ux != nullptr) {
@@ -87,7 +91,7 @@ void FiniteSurfaceBatch(const RectangleSource& source, const SurfacePoints& poin
                                              NoiseOf(m, slip)};
     const auto scalar = [&](float x, float y, float depth) {
         TidoraBlockC2 c{};
-        Row u;
+        Row u;  // zeros stay at a singular point, as in dc3d_
         static_cast<void>(
             FiniteSurfaceSource(m, {x, y, 0.0F, depth, source.al1, source.al2, source.aw1, source.aw2}, slip, c, u));
         return u;
@@ -113,7 +117,7 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
     const PointKernelSource kernelSource = {m.SD, m.CD, m.ALP3, potency.strikeSlip, potency.dipSlip};
     const auto scalar = [&](float x, float y, float depth) {
         TidoraBlockC1 v{};
-        Row u;
+        Row u;  // zeros stay at the source itself, as in dc3d0_
         static_cast<void>(PointSurfaceSource(m, x, y, 0.0F, depth, potency, v, u));
         return u;
     };

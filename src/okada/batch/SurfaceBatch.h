@@ -41,6 +41,9 @@ struct SurfaceDisplacements {
 
 /// dc3d_ at many surface points of one source, several points per step.
 ///
+/// Card. Lanes: PlainLanes, Avx2Lanes, Avx512Lanes, not to the same bits. Largest error: kSurfaceBatchMaxUlp. Range:
+/// all floats; a source with a number that is not finite takes the scalar routine at every point.
+///
 /// The corner sum is regrouped: the factors of the logarithms and arctangents are the same at all corners, so that
 /// eight logarithms become two of ratios of products, and eight arctangents two arguments of products of complex
 /// numbers. Arithmetic in double precision, rounded once. Points at which the regrouped form is not defined or the
@@ -55,7 +58,8 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
                        const SurfaceDisplacements& out) noexcept;
 
 /// Largest difference from the scalar routines, in float units in the last place, where a component is at least 1e-6 of
-/// the largest of the batch.
+/// the largest of the batch. Both are double before they are rounded: a unit is what two roundings of nearly the same
+/// number can make. Smaller components are differences of larger ones, in the scalar routine too.
 inline constexpr int kSurfaceBatchMaxUlp = 1;
 
 }  // namespace tidora

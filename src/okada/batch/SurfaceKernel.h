@@ -23,7 +23,8 @@
 //   dip     uz = -d~ q X11 - Theta sin + 2 a3 A sin
 //           ux = -q/R + a3 I3 sin cos
 //           uy = -y~ q X11 - Theta cos - a3 [xi sin cos^2/(R + d~) + I4 sin^2 cos]
-// and for cos(delta) = 0, with I3 = [eta/(R + d~) + y~ q/(R + d~)^2 - ln(R + eta)] / 2, I4 = xi y~ / (2 (R + d~)^2),
+// and for cos(delta) = 0, where Table 6 has forms of its own, with I3 = [eta/(R + d~) + y~ q/(R + d~)^2 - ln(R + eta)]
+// / 2, I4 = xi y~ / (2 (R + d~)^2),
 //   strike  uz = -q sin/R + a3 y~ sin^2/(R + d~)
 //           ux = -xi q Y11 - Theta + a3 I4 sin^2
 //           uy = -q^2 Y11 sin + a3 sin^2 (ln(R + d~) + I3 sin)
@@ -66,7 +67,8 @@ private:
     using Mask = typename Lanes::Mask;
     using Complex = typename Math::Complex;
 
-    /// Writes the numbers of the lanes of `mask`, the first of which has the number `at`; returns how many.
+    /// Writes the numbers of the lanes of `mask` among the first `lanes`, the first of which has the number `at`;
+    /// returns how many.
     static std::size_t Note(const Mask& mask, std::size_t at, std::size_t lanes, std::uint16_t* numbers) noexcept {
         std::size_t count = 0;
         for (unsigned left = Lanes::BitsOf(mask), lane = 0; left != 0 && lane < lanes; left >>= 1U, ++lane) {
@@ -78,12 +80,13 @@ private:
     }
 
     /// Steps whose first halves are done before their second halves. A step is a long chain of operations; two shorter
-    /// chains, each of many steps, leave the processor fewer gaps.
+    /// chains, each of many steps, leave the processor fewer gaps. What lies between them, 21 vectors a step, stays in
+    /// the first-level cache: 11 KiB for the widest lanes.
     static constexpr std::size_t kGroup = 8;
 
     /// A step does `kLanes` points: first(points, between) and then second(between, displacements), which returns the
-    /// mask of the lanes that it could not do. Their numbers go to `singular`; returns how many. The last step has
-    /// points of its own behind the given ones.
+    /// mask of the lanes that it could not do. Their numbers go to `singular`; returns how many. The last step works on
+    /// a copy, filled up with zeros: nothing beyond `points.count` is read or written.
     template <bool kHorizontal, typename Between, typename First, typename Second>
     static std::size_t ForEachStep(const SurfacePoints& points, const SurfaceDisplacements& out,
                                    std::uint16_t* singular, First first, Second second) noexcept {
@@ -133,7 +136,7 @@ private:
     /// Values at the four corners, [k][j].
     using Corners = Doubles[2][2];
 
-    /// f(1,1) - f(1,2) - f(2,1) + f(2,2).
+    /// f(1,1) - f(1,2) - f(2,1) + f(2,2). Neighbours along eta first: far from the source their values are the closest.
     static Doubles Sum(const Corners& f) noexcept { return (f[0][0] - f[1][0]) - (f[0][1] - f[1][1]); }
     /// The same with a factor of eta alone, or of xi alone.
     static Doubles SumWithRow(const Doubles (&factor)[2], const Corners& f) noexcept {
@@ -186,7 +189,7 @@ private:
         Mask singular;
     };
 
-    /// Replaces each value by its inverse, for one division.
+    /// Replaces each value by its inverse, for one division: the inverse of the product of all, times the other three.
     static void Invert(Corners& v) noexcept {
         const Doubles first = v[0][0] * v[0][1], second = v[1][0] * v[1][1];
         const Doubles inverse = Lanes::Inverse(first * second);
@@ -201,7 +204,8 @@ private:
     /// R and its sums with xi, eta and d~ are formed as in the scalar routine, operation for operation and unfused:
     /// near the extension of an edge their last bits are all that counts.
     template <bool kHorizontal, bool kVertical>
-    // The branches are the four instantiations, not decisions.
+    // Kept whole: every line takes what the lines above it have in registers. The branches are the four instantiations,
+    // not decisions.
     // NOLINTNEXTLINE(readability-function-cognitive-complexity)
     static void SumCorners(const FiniteKernelSource& s, const SurfacePoints& in, CornerSums& sums) noexcept {
         constexpr bool kNeedsRd = kHorizontal || kVertical;
@@ -235,15 +239,17 @@ private:
         }
         const Doubles largest = Lanes::Max(Lanes::Max(R[0][0], R[0][1]), Lanes::Max(R[1][0], R[1][1]));
         sums.q = q;
-        // What is not a number may get past these; it does not get past the noise.
-        // A depth of 0 may come out a little less.
+        // What is not a number may get past these, Min and Max taking the other one; it does not get past the noise.
+        // The depth of an edge at the surface may come out a little below 0, by the rounding of eta sin - q cos, 1e-9 m
+        // at 1e7 m: half the epsilon is between that and a source above the surface.
         const Mask isRegular =
             Lanes::And(Lanes::And(Lanes::AtLeast(least, Lanes::All(kKernelEpsilon)),
                                   Lanes::Less(Lanes::All(-kKernelEpsilon / 2.0), Lanes::Min(D[0], D[1]))),
                        Lanes::Less(largest, Lanes::All(kKernelLargest)));
         sums.singular = Lanes::Not(isRegular);
 
-        // q and xi with the sign of q: the real part of Theta's number is to be positive.
+        // Theta is the argument of |q| R + i xi eta sign(q): with a positive real part it lies within (-pi/2, pi/2), as
+        // the arctangent does. Differences of angles are arguments of products with a conjugate number.
         const Doubles signedXi[2] = {Lanes::CopySign(Lanes::All(1.0), q) * xi[0],
                                      Lanes::CopySign(Lanes::All(1.0), q) * xi[1]};
         Complex theta[2][2];
@@ -265,6 +271,7 @@ private:
             sums.re = LogSum(re);
         }
 
+        // From the inverse of the product of all factors, that of each is the product of the others times it.
         Invert(inverse);
         Corners overR, x11, y11, overRd;
         for (std::size_t k = 0; k < 2; ++k) {
@@ -303,7 +310,8 @@ private:
         }
     }
 
-    /// Rounds a component into `rounded`. True in the lanes where it stands clear of the scalar routine's own noise.
+    /// Rounds a component into `rounded`. True in the lanes where it stands clear of the scalar routine's own noise;
+    /// not where it is not a number.
     static Mask Round(Doubles values, Doubles noise, float* rounded) noexcept {
         Lanes::StoreRounded(rounded, values);
         return Lanes::AtLeast(Lanes::Abs(values), noise);
@@ -320,6 +328,7 @@ private:
                              Lanes::Select(down, argument - Lanes::All(kKernelTwoPi), argument));
     }
 
+    /// Corner sums of Theta, A, ln(R + d~) and ln(R + eta).
     struct Transcendentals {
         Doubles theta, a, logRd, logRe;
     };
@@ -329,6 +338,7 @@ private:
     static Mask Finish(const FiniteKernelSource& s, const CornerSums& f, const SurfaceDisplacements& u) noexcept {
         Transcendentals t = {};
         if constexpr (kVertical) {
+            // Without A, there is one argument to take; the other of the pair costs little.
             t.theta = Unwound(Math::Arguments(f.theta, f.theta).first, f);
         } else {
             const auto arguments = Math::Arguments(f.theta, f.a);
@@ -347,6 +357,7 @@ private:
         }
     }
 
+    /// The formulas at the head of this file for cos(delta) != 0, summed over the corners.
     template <bool kHorizontal>
     static Mask StoreInclined(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
@@ -372,6 +383,7 @@ private:
         return clear;
     }
 
+    /// The same for cos(delta) = 0.
     template <bool kHorizontal>
     static Mask StoreVertical(const FiniteKernelSource& s, const CornerSums& f, const Transcendentals& t,
                               const SurfaceDisplacements& u) noexcept {
@@ -393,7 +405,8 @@ private:
         return clear;
     }
 
-    /// Okada (1992), Table 2, part B, at z = 0, where c = d.
+    /// Okada (1992), Table 2, part B, at z = 0, where c = d. True in the lanes that it could not do. No corners are
+    /// subtracted from each other, so that there is no noise to mind.
     template <bool kHorizontal>
     static Mask PointStep(const PointKernelSource& s, const SurfacePoints& in, const SurfaceDisplacements& u) noexcept {
         const Doubles sd = Lanes::All(s.sd), cd = Lanes::All(s.cd), two = Lanes::All(2.0), three = Lanes::All(3.0);
@@ -403,17 +416,19 @@ private:
         const Doubles q = y * sd - d * cd;
         const Doubles x2 = x * x, y2 = y * y;
         const Doubles R2 = x2 + y2 + d * d;
-        const Doubles R = Lanes::Sqrt(R2);
+        const Doubles R = Lanes::Sqrt(R2);  // not Root: R is 0 at the source itself
         const Doubles rd = R + d;
         const Mask isRegular =
             Lanes::And(Lanes::AtLeast(rd, Lanes::All(kKernelEpsilon)), Lanes::Less(R, Lanes::All(kKernelLargest)));
 
+        // As PointSurfacePart.cpp has them, each fraction from the one inverse of R (R + d): twoRd is the factor g4
+        // there.
         const Doubles inverse = Lanes::Inverse(R * rd);
         const Doubles overR = rd * inverse;
         const Doubles overR2 = overR * overR, overR3 = overR2 * overR;
         const Doubles overRd = R * inverse;
         const Doubles qr = three * q * overR3 * overR2;
-        const Doubles along = s.strikePotency * x + s.dipPotency * p;  // of the terms with q in front
+        const Doubles along = s.strikePotency * x + s.dipPotency * p;  // both kinds of slip share 3 q / R^5
         const Doubles strike = Lanes::All(s.strikePotency * s.a3 * s.sd),
                       dip = Lanes::All(s.dipPotency * s.a3 * s.sd * s.cd);
         const Doubles twoRd = (two * R + d) * overR3 * overRd * overRd;

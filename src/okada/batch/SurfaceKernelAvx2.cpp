@@ -1,3 +1,5 @@
+// The batched surface kernels for AVX2 and FMA.
+
 #include "okada/batch/SurfaceKernel.h"
 #include "simd/Avx2Lanes.h"
 

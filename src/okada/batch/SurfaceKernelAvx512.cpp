@@ -1,3 +1,5 @@
+// The batched surface kernels for AVX-512.
+
 #include "okada/batch/SurfaceKernel.h"
 #include "simd/Avx512Lanes.h"
 

@@ -1,3 +1,5 @@
+// The batched surface kernels for any machine.
+
 #include "okada/batch/SurfaceKernel.h"
 #include "simd/PlainLanes.h"
 

@@ -8,22 +8,26 @@
 
 namespace tidora {
 
-inline constexpr std::size_t kKernelPoints = 1024;  ///< of one call: the numbers of the singular ones are on the stack
+/// Points of one call: the numbers of the singular ones, 16 bits each, take 2 KiB of the stack.
+inline constexpr std::size_t kKernelPoints = 1024;
 
-inline constexpr double kKernelEpsilon = 1.0e-6;  ///< as in the scalar routines
+// The constants of the scalar routines once more: their header has inline functions, which no kernel may share with
+// code for any machine.
+inline constexpr double kKernelEpsilon = 1.0e-6;  ///< m: kOkadaEpsilon
 inline constexpr double kKernelTwoPi = 6.283185307179586;
 inline constexpr double kKernelOverTwoPi = 1.0 / kKernelTwoPi;
-/// Beyond this distance the products of four factors would come near the end of the double range.
+/// m. One inverse serves R (R + xi) (R + eta) (R + d~) of all four corners: sixteen lengths, each up to 2 R but for R
+/// itself. Up to here their product stays below 1e244; from some 1e19 on it would leave the double range.
 inline constexpr double kKernelLargest = 1.0e15;
 
 /// A rectangle with what all its points share.
 struct FiniteKernelSource {
     double sd, cd;   ///< sine and cosine of the dip, clamped
     double a3;       ///< (1 - alpha) / alpha
-    float al1, al2;  ///< single on purpose: subtracted from x in single precision
+    float al1, al2;  ///< single on purpose: subtracted from x in single precision, as dc3d_ does
     double aw1, aw2;
-    double strikeSlip, dipSlip;  ///< divided by 2 pi
-    double noise;                ///< displacements below this take the scalar routine
+    double strikeSlip, dipSlip;  ///< divided by 2 pi: the division of the scalar routine, once for all points
+    double noise;                ///< displacements below this take the scalar routine, which alone repeats its noise
 };
 
 /// A point source with what all its points share.
@@ -39,8 +43,8 @@ struct SurfaceKernels {
                                    std::uint16_t* singular);
     using Point = std::size_t (*)(const PointKernelSource&, const SurfacePoints&, const SurfaceDisplacements&,
                                   std::uint16_t* singular);
-    Finite finite[2][2];  ///< [with horizontal][vertical dip]
-    Point point[2];       ///< [with horizontal]
+    Finite finite[2][2];  ///< [with horizontal][vertical dip]: what is not asked for is not computed
+    Point point[2];       ///< [with horizontal]: its formulas hold for every dip
 };
 
 /// The table of each lane type; see simd/Dispatch.h.
