@@ -157,7 +157,8 @@ def _fault_file(draw: Draw, grid: Grid, is_geographic: bool) -> str:
     return "\n".join(lines) + "\n"
 
 
-def _configuration(values: Sequence[Any]) -> bytes:
+def configuration(values: Sequence[Any]) -> bytes:
+    """A configuration file of these values, in order, a caption before each."""
     return "".join("value %d\n%s\n" % (number, value) for number, value in enumerate(values, 1)).encode()
 
 
@@ -180,5 +181,5 @@ def random_run(seed: int, number: int) -> Run:
         parent = draw.weighted(((3, 0), (1, index), (0.1, -1), (0.05, 9), (4, draw.count(1, index))))
         kind = 1 - coord if draw.chance(0.01) else coord
         values += [index, "r%d" % index, parent, kind, name]
-    files["conf.txt"] = _configuration(values)
+    files["conf.txt"] = configuration(values)
     return Run("generated/%d-%d" % (seed, number), ["conf.txt"], files)

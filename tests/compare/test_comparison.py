@@ -6,6 +6,7 @@ from pathlib import Path
 from typing import Dict, List, Optional
 
 from case_files import read_cases, read_examples
+from compare_speed import speeds_of
 from outcomes import Difference, Outcome, compare
 from random_runs import random_run
 
@@ -76,6 +77,25 @@ class Geographic(unittest.TestCase):
     def test_a_reference_point_differs(self) -> None:
         new = _GEOGRAPHIC.replace(b"x:1", b"x:3")
         self.assertEqual(compare(_outcome(None, _GEOGRAPHIC), _outcome(None, new)).differing_lines, 1)
+
+
+class Speeds(unittest.TestCase):
+    def test_the_figures_of_a_report_are_read_and_more_is_faster(self) -> None:
+        report = (
+            "\ninstruction set: AVX2\nwork      ratio    least     most      bar\n"
+            "finite source, per point              23.1     22.9     23.6        9\n    4.1 ns and 1.4 ns per point\n"
+            "16 times the area around 200 elements               1.25     1.03     1.09     1.50 (at most)\n"
+            "\ninstruction set: plain\nfilter, 260 x 260, depth 100-7000 m   7.5      7.1      7.9        -\n"
+            "\nwith every instruction set\ntext grid    5.84     5.26     6.42     4.00 (at least)\n"
+            "\nelements, plane\n    elements           ms  ns per point, element\n           1      3.10       25.27\n"
+        )
+        expected = {
+            ("avx2", "finite source, per point"): 23.1,
+            ("avx2", "16 times the area around 200 elements"): 0.8,
+            ("baseline", "filter, 260 x 260, depth 100-7000 m"): 7.5,
+            ("every set", "text grid"): 5.84,
+        }
+        self.assertEqual(speeds_of(report), expected)
 
 
 class Runs(unittest.TestCase):
