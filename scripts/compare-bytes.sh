@@ -7,6 +7,7 @@
 #   --runs N     generated configurations, 300 unless said
 #   --seed N     where they start; without it a new one, which is printed
 #   --only GLOB  only runs whose name matches: examples/..., cases/..., generated/...
+#   --exact      geographic runs may not move either
 #   --keep       leave the folders of runs that differ in build-compare/differing/
 # Exit status: 0 nothing differs, 1 something does, 2 the comparison could not be made. Geographic runs are counted
 # apart: see tests/compare/README.md.

@@ -26,9 +26,9 @@ case "${1-}" in
     --tests) packages+=(doctest-dev "${python[@]}" python3-pytest "${openers[@]}") ;;
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
-        packages+=(doctest-dev clang clang-format clang-tidy libclang-rt-dev valgrind git)
+        packages+=(doctest-dev clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git)
         packages+=("${python[@]}" python3-pytest "${openers[@]}" black flake8 mypy)
-        tools+=(clang++ clang-format clang-tidy valgrind git)
+        tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)
         ;;
     *) usage ;;
 esac
@@ -37,13 +37,13 @@ other_systems() {
     cat >&2 <<'TEXT'
 Without apt-get the packages have to be installed by hand. Their names elsewhere:
   Fedora  dnf install gcc-c++ cmake ninja-build proj-devel
-          tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind git
+          tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind ShellCheck git
           tdr: python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio python3-rich
   Arch    pacman -S gcc cmake ninja proj
-          tests: doctest          checks: clang compiler-rt valgrind git
+          tests: doctest          checks: clang compiler-rt valgrind shellcheck git
           tdr: python-xarray python-netcdf4 python-matplotlib python-pyproj python-rasterio python-rich
   macOS   brew install cmake ninja proj
-          tests: doctest          checks: llvm git
+          tests: doctest          checks: llvm shellcheck git
           tdr: pip install ./python
 TEXT
 }

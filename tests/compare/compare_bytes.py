@@ -43,10 +43,11 @@ def _all_runs(count: int, seed: int, only: str) -> List[Run]:
 class Comparison:
     """Two programs, and a scratch folder."""
 
-    def __init__(self, old: Path, new: Path, scratch: Path, keep: bool) -> None:
-        self.programs = {"old": old, "new": new}
-        self.scratch = scratch
-        self.keep = keep
+    def __init__(self, given: argparse.Namespace) -> None:
+        self.programs = {"old": given.old, "new": given.new}
+        self.scratch = given.scratch
+        self.keep = given.keep
+        self.may_move = not given.exact
 
     def __call__(self, job: Tuple[Run, int]) -> Tuple[Run, bool, Difference]:
         run, number_of_set = job
@@ -54,7 +55,7 @@ class Comparison:
         outcomes = {
             side: run_program(program, run, number_of_set, place / side) for side, program in self.programs.items()
         }
-        found = compare(outcomes["old"], outcomes["new"])
+        found = compare(outcomes["old"], outcomes["new"], self.may_move)
         if found.details and self.keep:
             kept = self.scratch / "differing" / place.name
             shutil.rmtree(kept, ignore_errors=True)
@@ -98,6 +99,7 @@ def _arguments() -> argparse.Namespace:
     parser.add_argument("--seed", type=int, default=None)
     parser.add_argument("--only", default="*")
     parser.add_argument("--keep", action="store_true")
+    parser.add_argument("--exact", action="store_true")
     return parser.parse_args()
 
 
@@ -115,7 +117,7 @@ def main() -> int:
     print("%d runs on %s; seed %d" % (len(runs), ", ".join(sets), seed), flush=True)
     jobs = [(run, number) for run in runs for number in range(len(sets))]
     plane, geographic = Difference(), Difference()
-    comparison = Comparison(given.old, given.new, given.scratch, given.keep)
+    comparison = Comparison(given)
     with ThreadPoolExecutor(os.cpu_count()) as workers:
         for (run, number), (_, is_geographic, found) in zip(jobs, workers.map(comparison, jobs)):
             (geographic if is_geographic else plane).add(found)

@@ -161,10 +161,11 @@ def _compare_file(name: str, old: bytes, new: bytes, may_move: bool, found: Diff
     found.details.append("%s: %d of %d bytes differ" % (name, _bytes_that_differ(old, new), len(new)))
 
 
-def compare(old: Outcome, new: Outcome) -> Difference:
-    """How the new outcome differs. In geographic runs values of grids, and largest values printed, are counted only."""
+def compare(old: Outcome, new: Outcome, may_move: bool = True) -> Difference:
+    """How the new outcome differs. In geographic runs, values of grids and largest values printed are counted only, if
+    they may move."""
     found = Difference(runs=1)
-    may_move = old.is_geographic and new.is_geographic
+    may_move = may_move and old.is_geographic and new.is_geographic
     if old.status != new.status:
         found.details.append("exit status %s, now %s" % (old.status, new.status))
     for name, text in old.texts.items():
