@@ -1,8 +1,6 @@
 #include "deform/ElementDeformation.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace tidora {
 namespace {
@@ -10,24 +8,6 @@ namespace {
 /// A shorter stretch waits for others: setting up a source costs as much as some ten points, and the last vector of
 /// every call is on average half empty.
 constexpr std::size_t kLongStretch = 32;
-
-/// The largest square whose root, in single precision, is at most `distance`: roots are rounded correctly and grow with
-/// their arguments, so that squares compared with this decide as the distances would, and no root is taken. Not a
-/// number stays one: nothing is within it or beyond it.
-float LargestSquareWithin(float distance) noexcept {
-    constexpr float kLargest = std::numeric_limits<float>::max();
-    if (!(distance >= 0.0F && distance <= kLargest)) {
-        return distance;
-    }
-    float square = std::min(distance * distance, kLargest);
-    while (std::sqrt(square) > distance) {
-        square = std::nextafter(square, 0.0F);
-    }
-    while (square < kLargest && std::sqrt(std::nextafter(square, kLargest)) <= distance) {
-        square = std::nextafter(square, kLargest);
-    }
-    return square;
-}
 
 SourceLimits LimitsOf(const SourceReach& reach) noexcept {
     return {LargestSquareWithin(reach.finite), LargestSquareWithin(reach.point), !reach.isSwitched};

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <cstddef>
-#include <cstring>
 
 #include "deform/ColumnPasses.h"
 
 namespace tidora {
+
+/// The largest square whose root, in single precision, is at most `distance`: roots are rounded correctly and grow with
+/// their arguments, so that squares compared with this decide as the distances would, and no root is taken. Not a
+/// number stays one: nothing is within it or beyond it.
+[[nodiscard]] float LargestSquareWithin(float distance) noexcept;
 
 /// A stretch of points of a column that take the same source.
 struct SourceRun {
@@ -14,20 +18,7 @@ struct SourceRun {
 };
 
 /// The stretch that begins at `begin`, of `count` points. Along a column the distance from the centroid falls and rises
-/// again: a column has few and long stretches, so the kinds are compared eight at a time.
-[[nodiscard]] inline SourceRun RunFrom(std::size_t begin, const SourceKind* kinds, std::size_t count) noexcept {
-    constexpr std::size_t kStep = 8;
-    const SourceKind kind = kinds[begin];
-    SourceKind same[kStep];
-    std::memset(static_cast<void*>(same), static_cast<int>(kind), kStep);
-    std::size_t end = begin + 1;
-    while (end + kStep <= count && std::memcmp(kinds + end, same, kStep) == 0) {
-        end += kStep;
-    }
-    while (end < count && kinds[end] == kind) {
-        ++end;
-    }
-    return {kind, begin, end};
-}
+/// again: a column has few and long stretches, so the kinds are compared eight at a time. Requires: begin < count.
+[[nodiscard]] SourceRun RunFrom(std::size_t begin, const SourceKind* kinds, std::size_t count) noexcept;
 
 }  // namespace tidora

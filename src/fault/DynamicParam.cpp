@@ -106,6 +106,9 @@ int DynamicParam::CalcDynamicAct(int nx, int ny, double lagtime, double duration
     const std::size_t intervals = std::min(params.size(), out.size());
     for (std::size_t k = 0; k < intervals; ++k) {
         const float share = SlipShare(params[k], lagtime, duration);
+        if (share == 0.0F) {
+            continue;  // nothing, also where the field is not a number
+        }
         std::transform(field, field + size, out[k].val, out[k].val,
                        [share](float value, float sum) { return sum + share * value; });
     }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -101,6 +102,7 @@ double LargestDifference(const std::vector<InstantVal2d>& fast, const std::vecto
 /// How many points were evaluated in which way.
 struct Evaluations {
     std::size_t finite = 0, point = 0, none = 0;
+    std::size_t notNumbers = 0;  ///< of the literal vertical snapshots
 };
 
 /// Deforms the grid of a scene literally and, on every instruction set, fast; the printed lines must be the same.
@@ -123,6 +125,10 @@ double CompareWithLiteral(MakeScene makeScene, Evaluations& evaluations) {
                 evaluations.none += how == Evaluation::None ? 1 : 0;
             }
         }
+    }
+    for (const InstantVal2d& snapshot : literal.vertical) {
+        evaluations.notNumbers += static_cast<std::size_t>(
+            std::count_if(snapshot.val, snapshot.val + snapshot.num, [](float value) { return std::isnan(value); }));
     }
     double worst = 0.0;
     ForEachInstructionSet([&] {
@@ -213,6 +219,93 @@ TEST_CASE("the centre of a point source behind a column of finite ones takes the
     CHECK(CompareWithLiteral(makeScene, evaluations) <= 1.0);
     CHECK(evaluations.finite > 8000);  // whole columns
     CHECK(evaluations.point > 1000);
+}
+
+TEST_CASE("co-ordinates of a plane grid or element that are not finite, or huge, give what the literal rule gives") {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    struct Row {
+        const char* why;
+        void (*change)(Scene&, double);
+    };
+    const Row rows[] = {
+        {"first column", [](Scene& s, double value) { s.arguments.orgX = value; }},
+        {"first row", [](Scene& s, double value) { s.arguments.orgY = value; }},
+        {"spacing", [](Scene& s, double value) { s.arguments.dx = static_cast<float>(value); }},
+        {"element, east", [](Scene& s, double value) { s.fault.elements[0].org_x = value; }},
+        {"element, north", [](Scene& s, double value) { s.fault.elements[0].org_y = value; }},
+        {"length", [](Scene& s, double value) { s.fault.elements[0].length = value; }},
+        {"width", [](Scene& s, double value) { s.fault.elements[0].width = value; }},
+        {"strike", [](Scene& s, double value) { s.fault.elements[0].strike = value; }},
+        {"dip", [](Scene& s, double value) { s.fault.elements[0].dip = value; }},
+        {"rake", [](Scene& s, double value) { s.fault.elements[0].rake = value; }},
+        {"slip", [](Scene& s, double value) { s.fault.elements[0].slip = value; }},
+        {"topography", [](Scene& s, double value) { s.topo[s.topo.size() / 2] = static_cast<float>(value); }},
+    };
+    std::size_t notNumbers = 0;
+    for (const Row& row : rows) {
+        for (const double value : {kNan, kInfinity, -kInfinity, 1.0e30, -1.0e30, 1.0e300, 3.0e38}) {
+            for (const unsigned seed : {401U, 403U, 405U, 407U}) {
+                CAPTURE(row.why);
+                CAPTURE(value);
+                CAPTURE(seed);
+                const auto makeScene = [&] {
+                    Scene scene(seed, false, seed % 4 == 1 ? 0.02 : 0.0);
+                    row.change(scene, value);
+                    scene.arguments.topo = scene.topo.data();
+                    return scene;
+                };
+                Evaluations evaluations;
+                CHECK(CompareWithLiteral(makeScene, evaluations) <= 1.0);
+                notNumbers += evaluations.notNumbers;
+            }
+        }
+    }
+    CHECK(notNumbers > 1000);  // or nothing came of all that
+}
+
+TEST_CASE("the window of a long element holds every point that its distance test admits") {
+    // 400 000 km long: single precision places points of its middle to within 16 m, and its sources reach 4143 m.
+    // The grid lies across the limit of that reach, 1 m apart.
+    for (const double strike : {0.0, 30.0, 90.0, 200.0}) {
+        for (const double edge : {-1.0, 1.0}) {
+            CAPTURE(strike);
+            CAPTURE(edge);
+            const auto makeScene = [&] {
+                Scene scene(501, false, 10.0);
+                FAULT_PARAM element;
+                element.strike = strike;
+                element.dip = 90.0;
+                element.rake = 30.0;
+                element.baseOffset = 9000.0;
+                element.length = 4.0e8;
+                element.width = 1.0;
+                element.slip = 1.0;
+                scene.fault.elements = {element};
+                const double centreX = std::sin(strike / 180.0 * 3.14159265359) * element.length / 2.0;
+                const double centreY = std::cos(strike / 180.0 * 3.14159265359) * element.length / 2.0;
+                DeformArguments& a = scene.arguments;
+                a.nx = 200;
+                a.ny = 60;
+                a.dx = 1.0F;
+                a.orgX = centreX + edge * 4143.0 - 100.0;
+                a.orgY = centreY - 30.0;
+                scene.topo.assign(static_cast<std::size_t>(a.nx) * static_cast<std::size_t>(a.ny), -3000.0F);
+                a.topo = scene.topo.data();
+                for (std::vector<InstantVal2d>* series : {&scene.vertical, &scene.horizontal}) {
+                    series->resize(1);
+                    series->front().Reset(scene.topo.size());
+                }
+                scene.intervals.params.clear();
+                scene.fault.SetDynamicParam(scene.intervals.params);
+                return scene;
+            };
+            Evaluations evaluations;
+            CHECK(CompareWithLiteral(makeScene, evaluations) <= 1.0);
+            CHECK(evaluations.finite > 2000);  // on this side of the limit
+            CHECK(evaluations.none > 2000);    // and beyond it
+        }
+    }
 }
 
 TEST_CASE("the points that a deformation evaluates are those of the literal one") {

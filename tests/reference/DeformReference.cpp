@@ -75,7 +75,8 @@ void AddShares(const FAULT_PARAM& e, const DynamicParam& dyn, const std::vector<
                std::vector<InstantVal2d>& out) {
     for (std::size_t k = 0; k < dyn.params.size(); ++k) {
         const float f = Share(dyn.params[k], e.lagtime, e.duration);
-        for (std::size_t at = 0; at < field.size(); ++at) {
+        // An interval without a share receives nothing, also where the displacement is not a number.
+        for (std::size_t at = 0; f != 0.0F && at < field.size(); ++at) {
             out[k].val[at] += f * field[at];
         }
     }
@@ -174,7 +175,8 @@ std::vector<std::vector<Evaluation>> DeformReference(const Fault& fault, const D
             for (int ix = 0; ix < a.nx; ++ix) {
                 for (int iy = 0; iy < a.ny; ++iy) {
                     const auto at = static_cast<std::size_t>(ix * a.ny + iy);
-                    if (mask[at] == 0 || !std::isfinite(planeX[at]) || !std::isfinite(planeY[at])) {
+                    const bool hasPlace = !isGeographic || (std::isfinite(planeX[at]) && std::isfinite(planeY[at]));
+                    if (mask[at] == 0 || !hasPlace) {
                         continue;
                     }
                     const auto dxp = static_cast<float>(planeX[at] - x0);

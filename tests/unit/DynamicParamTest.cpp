@@ -276,3 +276,19 @@ TEST_CASE("overlapping intervals of two elements count their slip twice") {
     CHECK(out[0].val[0] == 1.0F);
     CHECK(out[1].val[0] == 0.5F);
 }
+
+TEST_CASE("an interval without a share receives nothing, also where the field is not a number") {
+    DynamicParam intervals;
+    intervals.params.push_back({0, 0.0, 10.0, true});
+    intervals.params.push_back({1, 10.0, 10.0, true});
+    std::vector<InstantVal2d> out(2);
+    for (InstantVal2d& snapshot : out) {
+        snapshot.Reset(2);
+    }
+    const float field[] = {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()};
+    CHECK(intervals.CalcDynamicAct(1, 2, 10.0, 5.0, field, out) == 1);
+    CHECK(out[0].val[0] == 0.0F);
+    CHECK(out[0].val[1] == 0.0F);
+    CHECK(std::isnan(out[1].val[0]));
+    CHECK(out[1].val[1] == std::numeric_limits<float>::infinity());
+}
