@@ -57,12 +57,11 @@ struct PlainLanes {
     /// The second where either is not a number, as the instructions of the vector units have it.
     static Doubles Min(Doubles a, Doubles b) noexcept { return a < b ? a : b; }
     static Doubles Max(Doubles a, Doubles b) noexcept { return a > b ? a : b; }
-    static Doubles Abs(Doubles x) noexcept { return FromBits(ToBits(x) & ~kSign); }
+    static Doubles Abs(Doubles x) noexcept { return Doubles{__builtin_fabs(x[0]), __builtin_fabs(x[1])}; }
     static Doubles CopySign(Doubles size, Doubles sign) noexcept {
-        return FromBits((ToBits(size) & ~kSign) | (ToBits(sign) & kSign));
+        return Doubles{__builtin_copysign(size[0], sign[0]), __builtin_copysign(size[1], sign[1])};
     }
 
-    // False where either is not a number.
     static Mask Less(Doubles a, Doubles b) noexcept { return a < b; }
     static Mask AtLeast(Doubles a, Doubles b) noexcept { return a >= b; }
     static Mask And(Mask a, Mask b) noexcept { return a & b; }
@@ -70,16 +69,10 @@ struct PlainLanes {
     static Mask Not(Mask a) noexcept { return ~a; }
     /// One bit per lane, the first lane lowest.
     static unsigned BitsOf(Mask mask) noexcept { return (mask[0] != 0 ? 1U : 0U) | (mask[1] != 0 ? 2U : 0U); }
-    static Doubles Select(Mask mask, Doubles yes, Doubles no) noexcept {
-        const Bits chosen = __builtin_bit_cast(Bits, mask);
-        return FromBits((ToBits(yes) & chosen) | (ToBits(no) & ~chosen));
-    }
+    static Doubles Select(Mask mask, Doubles yes, Doubles no) noexcept { return mask ? yes : no; }
 
     static Bits ToBits(Doubles x) noexcept { return __builtin_bit_cast(Bits, x); }
     static Doubles FromBits(Bits x) noexcept { return __builtin_bit_cast(Doubles, x); }
-
-private:
-    static constexpr std::uint64_t kSign = std::uint64_t{1} << 63U;
 };
 
 }  // namespace tidora
