@@ -164,18 +164,41 @@ bool Agrees(float batch, float scalar, int status, float smallest) {
     return std::abs(scalar) < smallest || std::abs(Ordered(batch) - Ordered(scalar)) <= tidora::kSurfaceBatchMaxUlp;
 }
 
+/// The source with one kind of slip alone.
+RectangleSource Only(int kind, RectangleSource s) {
+    (kind == 0 ? s.dipSlip : s.strikeSlip) = 0.0F;
+    return s;
+}
+PointShearSource Only(int kind, PointShearSource s) {
+    (kind == 0 ? s.dipPotency : s.strikePotency) = 0.0F;
+    return s;
+}
+
+/// Where both kinds of slip cancel at every point of a batch, its displacements are rounding: each kind alone is what
+/// they are small against.
+template <typename Source>
+float LargestOfEitherSlip(const Source& source, const Points& points) {
+    float largest = 0.0F;
+    for (std::size_t i = 0; i < points.x.size(); ++i) {
+        for (const int kind : {0, 1}) {
+            int status = 0;
+            for (const float u : Scalar(Only(kind, source), points.x[i], points.y[i], points.depth[i], status)) {
+                largest = std::isfinite(u) ? std::max(largest, std::abs(u)) : largest;
+            }
+        }
+    }
+    return largest;
+}
+
 template <typename Source>
 std::string CompareDislocations(const Source& source, const Points& points) {
     const std::size_t count = points.x.size();
     std::vector<Displacement> scalar;
     std::vector<int> status(count);
-    float largest = 0.0F;
     for (std::size_t i = 0; i < count; ++i) {
         scalar.push_back(Scalar(source, points.x[i], points.y[i], points.depth[i], status[i]));
-        for (const float component : scalar.back()) {
-            largest = std::isfinite(component) ? std::max(largest, std::abs(component)) : largest;
-        }
     }
+    const float largest = LargestOfEitherSlip(source, points);
     std::ostringstream text;
     ForEachSet([&](const char* set) {
         std::vector<float> ux(count), uy(count), uz(count), uzAlone(count);

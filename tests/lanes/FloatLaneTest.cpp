@@ -166,6 +166,10 @@ TEST_CASE("the least of the integers is taken as unsigned, the greatest as signe
             a[at] = -1;  // no index: the greatest of the unsigned numbers
             CHECK(f.leastOf(a.data()) >= 10);
             CHECK(f.greatestOf(a.data()) < 5000);
+            a.fill(-1);
+            a[at] = 7;  // one index among none
+            CHECK(f.leastOf(a.data()) == 7);
+            CHECK(f.greatestOf(a.data()) == 7);
             a.fill(-7);
             a[at] = -8;
             CHECK(f.leastOf(a.data()) == -8);

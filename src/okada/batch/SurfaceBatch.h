@@ -58,8 +58,9 @@ void PointSurfaceBatch(const PointShearSource& source, const SurfacePoints& poin
                        const SurfaceDisplacements& out) noexcept;
 
 /// Largest difference from the scalar routines, in float units in the last place, where a component is at least 1e-6 of
-/// the largest of the batch. Both are double before they are rounded: a unit is what two roundings of nearly the same
-/// number can make. Smaller components are differences of larger ones, in the scalar routine too.
+/// the largest of the batch, either kind of slip taken alone. Both are double before they are rounded: a unit is what
+/// two roundings of nearly the same number can make. Smaller components are differences of larger ones, in the scalar
+/// routine too.
 inline constexpr int kSurfaceBatchMaxUlp = 1;
 
 }  // namespace tidora
