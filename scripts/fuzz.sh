@@ -14,7 +14,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 seconds=$1
 shift
 subjects=("$@")
-[ $# -gt 0 ] || subjects=(Config Fault DynamicParam TextGrid BinaryGrid Number)
+[ $# -gt 0 ] || subjects=(Config Fault DynamicParam TextGrid BinaryGrid Number InstructionSets)
 
 work=$PWD/build-fuzz
 data=examples/tohoku2011/data
@@ -35,7 +35,7 @@ corner() {
 make_seeds() {
     local seeds=$work/seeds example name
     rm -rf "$seeds"
-    mkdir -p "$seeds"/{Config,Fault,DynamicParam,TextGrid,BinaryGrid,Number}
+    mkdir -p "$seeds"/{Config,Fault,DynamicParam,TextGrid,BinaryGrid,Number,InstructionSets}
     for example in examples/*/TdrConf*.txt examples/*/*/TdrConf*.txt; do
         name=${example//\//-}
         cp "$example" "$seeds/Config/$name"
@@ -57,6 +57,12 @@ make_seeds() {
     for name in 5 -7674.25 4403986.1 +.5e-3 0x1.8p3 1e400 4.9e-324 inf 'nan(12)' 12abc; do
         printf '%s 7' "$name" >"$seeds/Number/$name"
     done
+    # The first byte says what is compared; the rest are numbers, and any bytes do.
+    gzip -cn "$data/tohoku_geo_5min.txt" >"$seeds/bytes"
+    for name in 0 1 2 3 4 5 6 7; do
+        { printf '%b' "\\$name" && head -c $((3000 * name + 1500)) "$seeds/bytes" | tail -c 1200; } \
+            >"$seeds/InstructionSets/$name"
+    done
 }
 
 # Longest input: past the buffer of one line of each text format.
@@ -74,13 +80,13 @@ fuzz() {
     mkdir -p "$corpus" "$work/findings"
     options=(-max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -max_len="$(longest "$subject")"
         -artifact_prefix="$work/findings/$subject-" -print_final_stats=1)
-    [ "$subject" = BinaryGrid ] || options+=(-dict=tests/fuzz/text.dict)
+    [[ $subject = BinaryGrid || $subject = InstructionSets ]] || options+=(-dict=tests/fuzz/text.dict)
     quietly "$log" "$work/tests/fuzz/fuzz_$subject" "${options[@]}" "$corpus" "$work/seeds/$subject" || {
         echo "$subject: a finding in build-fuzz/findings/" >&2
         return 1
     }
     awk -v subject="$subject" '/^stat::number_of_executed_units:/ { n = $2 }
-        END { printf "%-12s %9d inputs\n", subject, n; exit n == 0 }' "$log"
+        END { printf "%-15s %9d inputs\n", subject, n; exit n == 0 }' "$log"
 }
 
 make_seeds

@@ -103,8 +103,10 @@ POLYNOMIALS = [
 CONSTANTS = {
     "kLn2": mp.log(2),
     "kPi": mp.pi,
+    "kHalfPi": mp.pi / 2,
     "kTwoPi": 2 * mp.pi,
     "kKernelTwoPi": 2 * mp.pi,
+    "kRadian": mp.pi / 180,
     "kRadiansPerDegree": mp.pi / 180,
     "kTangentOfEighth": TANGENT_OF_EIGHTH,
     # 7.5 sqrt(2), as 15 / sqrt(2) comes out in doubles: one unit in the last place below the nearest.

@@ -7,7 +7,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const tidora::GridError error = tidora::ReadBinaryGrid(file.Path(), grid);
     const std::size_t promised = 28 + grid.values.size() * sizeof(float);
     if (error == tidora::GridError::None) {
-        Require(grid.values.size() == static_cast<std::size_t>(std::int64_t{grid.shape.nx} * grid.ny) && promised <= size);
+        Require(grid.values.size() == grid.shape.Size() && promised <= size);
     } else {
         Require(error == tidora::GridError::BadCount && grid.values.empty());
     }
