@@ -12,6 +12,7 @@ from .faults.table import read_faults
 from .fields.series import snapshot, total
 from .formats.grid import open_grid, write_grid
 from .formats.series_list import open_series
+from .version import VERSION
 
 __all__ = [
     "FileError",
@@ -26,4 +27,4 @@ __all__ = [
     "total",
     "write_grid",
 ]
-__version__ = "1.0.938"
+__version__ = VERSION

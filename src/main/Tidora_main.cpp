@@ -8,7 +8,7 @@
 namespace {
 
 constexpr const char* program = "Tidora";
-constexpr const char* version = "1.0.938";
+constexpr const char* version = TIDORA_VERSION;  // of the file VERSION
 
 void PrintBanner() {
     const std::string rule(45, '=');

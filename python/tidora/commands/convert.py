@@ -8,11 +8,11 @@ from fractions import Fraction
 from itertools import groupby
 from typing import Any
 
-from .. import __version__
 from ..fields.placing import Placing, RESAMPLINGS
 from ..formats.contract import Writing
 from ..formats.conversion import Layer, Request, Source, convert
 from ..formats.registry import FIELD, FORMATS
+from ..version import VERSION
 from .options import add_input_options, four_numbers, in_options, listed, positive
 from .progress import progress
 
@@ -106,7 +106,7 @@ def run(args: argparse.Namespace) -> int:
         Layer(args.snapshot, args.sum),
         Placing(args.region, args.spacing, args.crs, args.from_crs, args.resampling),
         args.fill,
-        Writing(args.dt, args.epoch, f"tdr convert {__version__}"),
+        Writing(args.dt, args.epoch, f"tdr convert {VERSION}"),
     )
     print("\n".join(map(in_options, convert(request, progress))))
     return 0

@@ -8,8 +8,8 @@ import sys
 import warnings
 from typing import Any, Callable, Optional, Sequence
 
-from .. import __version__
 from ..errors import TidoraError, TidoraWarning, UsageError
+from ..version import VERSION
 from . import convert, info, plot, run
 from .options import in_options, joined
 
@@ -19,7 +19,7 @@ def build_parser() -> argparse.ArgumentParser:
     parser = argparse.ArgumentParser(
         prog="tdr", description="Look at, measure and convert what Tidora reads and writes."
     )
-    parser.add_argument("--version", action="version", version=f"tdr {__version__}")
+    parser.add_argument("--version", action="version", version=f"tdr {VERSION}")
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
     for module in (info, plot, convert, run):
         module.add(commands)

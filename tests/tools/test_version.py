@@ -1,0 +1,39 @@
+"""The version stands in the file VERSION; program, package and changelog agree with it."""
+
+import importlib.util
+import os
+import re
+import subprocess
+import unittest
+from pathlib import Path
+
+_TREE = Path(__file__).resolve().parents[2]
+
+
+class Version(unittest.TestCase):
+    def setUp(self) -> None:
+        self.version = (_TREE / "VERSION").read_text(encoding="utf-8")
+        self.assertRegex(self.version, r"^\d+\.\d+\.\d+\n$")
+        self.version = self.version.strip()
+
+    def test_the_project_and_the_banner_of_the_program(self) -> None:
+        self.assertEqual(os.environ["TIDORA_PROJECT_VERSION"], self.version)
+        result = subprocess.run([os.environ["TIDORA_PROGRAM"]], stdout=subprocess.PIPE, text=True, check=True)
+        self.assertEqual(result.stdout.splitlines()[1].strip(), "Tidora version " + self.version)
+
+    def test_the_package(self) -> None:
+        spec = importlib.util.spec_from_file_location("version", _TREE / "python" / "tidora" / "version.py")
+        assert spec is not None and spec.loader is not None
+        module = importlib.util.module_from_spec(spec)
+        spec.loader.exec_module(module)
+        self.assertEqual(module.VERSION, self.version)
+        project = (_TREE / "python" / "pyproject.toml").read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r'^version = "(.*)"', project, re.MULTILINE), [self.version])
+
+    def test_the_newest_entry_of_the_changelog(self) -> None:
+        text = (_TREE / "CHANGELOG.md").read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r"^## (\S+)", text, re.MULTILINE)[0], self.version)
+
+
+if __name__ == "__main__":
+    unittest.main()
