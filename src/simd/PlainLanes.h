@@ -3,6 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include "simd/FloatingPointRules.h"
 
 namespace tidora {
@@ -68,11 +72,23 @@ struct PlainLanes {
     static Mask Or(Mask a, Mask b) noexcept { return a | b; }
     static Mask Not(Mask a) noexcept { return ~a; }
     /// One bit per lane, the first lane lowest.
-    static unsigned BitsOf(Mask mask) noexcept { return (mask[0] != 0 ? 1U : 0U) | (mask[1] != 0 ? 2U : 0U); }
-    static Doubles Select(Mask mask, Doubles yes, Doubles no) noexcept { return mask ? yes : no; }
+    static unsigned BitsOf(Mask mask) noexcept {
+#ifdef __SSE2__
+        return static_cast<unsigned>(_mm_movemask_pd(__builtin_bit_cast(__m128d, mask)));  // not found by compilers
+#else
+        return (mask[0] != 0 ? 1U : 0U) | (mask[1] != 0 ? 2U : 0U);
+#endif
+    }
+    static Doubles Select(Mask mask, Doubles yes, Doubles no) noexcept {
+        return mask ? yes : no;
+    }
 
-    static Bits ToBits(Doubles x) noexcept { return __builtin_bit_cast(Bits, x); }
-    static Doubles FromBits(Bits x) noexcept { return __builtin_bit_cast(Doubles, x); }
+    static Bits ToBits(Doubles x) noexcept {
+        return __builtin_bit_cast(Bits, x);
+    }
+    static Doubles FromBits(Bits x) noexcept {
+        return __builtin_bit_cast(Doubles, x);
+    }
 };
 
 }  // namespace tidora
