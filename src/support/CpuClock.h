@@ -4,10 +4,11 @@
 
 namespace tidora {
 
-/// Processor time since construction.
+/// Processor time of the whole process since construction, for the lines that say how long a step took. Waiting for a
+/// disk is not in it.
 class CpuClock {
 public:
-    /// Seconds of processor time, POSIX ticks of a microsecond.
+    /// Seconds. A tick is a microsecond on every POSIX system, whatever the resolution of its clock.
     [[nodiscard]] double Seconds() const noexcept { return static_cast<double>(std::clock() - m_start) / 1000000.0; }
 
 private:

@@ -7,7 +7,8 @@
 
 namespace tidora {
 
-/// The line that opens and closes every error block: 33 pairs of "_/".
+/// The line that opens and closes every error block: 33 pairs of "_/", 66 characters. The text is fixed: whoever
+/// watches a run's standard error finds the blocks by it.
 inline constexpr std::string_view kErrorFrame = "_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/_/";
 
 /// Writes one framed block to `err`, every line with a line end: the frame, "ERROR:" and `object`, one

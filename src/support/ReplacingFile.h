@@ -7,8 +7,10 @@
 
 namespace tidora {
 
-/// A file that appears under its name only when it is complete: it is written beside the name and then renamed, so that
-/// neither a failure nor an interruption leaves half a result that a script could take for a whole one.
+/// A file for writing, owned with its stream, that appears under its name only when it is complete: it is written
+/// beside the name and then renamed, so that neither a failure nor an interruption leaves half a result that a script
+/// could take for a whole one. The bytes are handed to the system, not forced to the disk. Nothing is printed; failures
+/// show in IsOpen() and Commit().
 ///
 /// What cannot be replaced is written in place: a device or a pipe; a file in a folder that takes no new ones, or none
 /// of a longer name; and, once it is complete beside its name, what may be written but not renamed away: a file of
