@@ -11,15 +11,18 @@
 namespace tidora {
 namespace {
 
-/// Values per read: the buffer grows with what the file delivers, not with what its header promises.
+/// Values per read, 4 MiB: the buffer grows with what the file delivers, not with what its header promises. A header
+/// that lies costs no more than that. Test: "a pipe that promises more than it delivers is refused".
 constexpr std::size_t kChunk = std::size_t{1} << 20U;
 
-/// False when a regular file is too short for `count` values behind the header. Other files show it only when read.
+/// False when a regular file is too short for `count` values after the header. Other files show it only when read.
+/// A longer one is no error: what follows the values is ignored.
 bool CanHold(std::FILE* file, std::size_t count) {
     const std::optional<std::uint64_t> size = RegularFileSize(file);
     return !size || *size >= kGridHeaderSize + count * sizeof(float);
 }
 
+/// All of the header or nothing of it: `grid` keeps what it had when the file is shorter.
 bool ReadHeader(std::FILE* file, GridFile& grid) {
     GridHeaderBytes bytes{};
     if (std::fread(bytes.data(), 1, bytes.size(), file) != bytes.size()) {
@@ -29,9 +32,10 @@ bool ReadHeader(std::FILE* file, GridFile& grid) {
     return true;
 }
 
+/// Requires: a regular file has passed CanHold(), else a lie of the header would be believed here.
 bool ReadValues(std::FILE* file, std::size_t count, std::vector<float>& values) {
     if (RegularFileSize(file)) {
-        values.reserve(count);  // the file is long enough
+        values.reserve(count);  // once, instead of doubling
     }
     while (values.size() < count) {
         const std::size_t before = values.size();
@@ -72,7 +76,9 @@ bool WriteGridHeader(std::FILE* file, const GridShape& shape) {
 }
 
 bool WriteGridValues(std::FILE* file, const GridShape& shape, const float* values) {
-    constexpr std::size_t kBandRows = 64;  // few large writes: 64 rows of a column are four lines of the cache
+    // A band of rows at a time: the file has rows, the memory columns. 64 rows are 256 bytes of each column, four lines
+    // of the cache that are read whole, and make few large writes; the band is a small part of a large grid.
+    constexpr std::size_t kBandRows = 64;
     const auto nx = static_cast<std::size_t>(shape.nx);
     const auto ny = static_cast<std::size_t>(shape.ny);
     std::vector<float> band(nx * std::min(kBandRows, ny));

@@ -8,11 +8,13 @@
 
 namespace tidora {
 
-// The format is little-endian; values are copied as the machine holds them.
+// The format is little-endian; fields and values are copied as the machine holds them. Another machine would have to
+// turn the bytes of both: it does not compile, rather than write files that nobody else reads.
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "binary grids are read and written on little-endian machines");
 
 /// Header of a binary grid file, without padding: org_x at 0, org_y at 8 (double), nx at 16, ny at 20 (int32), dx at 24
-/// (float).
+/// (float). The values follow at byte 28, which is no multiple of 8: a struct would be padded to 32. Field by field
+/// through memcpy, which needs no alignment.
 inline constexpr std::size_t kGridHeaderSize = 28;
 using GridHeaderBytes = std::array<unsigned char, kGridHeaderSize>;
 

@@ -16,11 +16,12 @@ InstantVal2d::InstantVal2d(InstantVal2d&& other) noexcept
 
 InstantVal2d& InstantVal2d::operator=(const InstantVal2d& other) {
     if (this != &other) {
-        *this = InstantVal2d(other);
+        *this = InstantVal2d(other);  // the copy first: when it throws, nothing has changed here
     }
     return *this;
 }
 
+// By swapping: right for an assignment to itself too, and the destructor of `other` frees what this held.
 InstantVal2d& InstantVal2d::operator=(InstantVal2d&& other) noexcept {
     std::swap(num, other.num);
     std::swap(val, other.val);
@@ -33,13 +34,14 @@ InstantVal2d::~InstantVal2d() {
 
 void InstantVal2d::Reset(std::uint64_t count) {
     if (val == nullptr || num != count) {
-        float* const fresh = new float[count];
+        float* const fresh = new float[count];  // before the old one goes: it may throw
         delete[] std::exchange(val, fresh);
         num = count;
     }
     std::fill_n(val, num, 0.0F);
 }
 
+// Test: "a cleared snapshot holds a fresh array of no values".
 void InstantVal2d::Clear() {
     delete[] std::exchange(val, new float[0]);
     num = 0;

@@ -7,7 +7,7 @@ namespace tidora {
 
 /// to[column * rows + row] = from[row * stride + column], in squares that fit the first-level cache: a plain double
 /// loop misses it at every value of a large grid. stride: from one row of `from` to the next, at least `columns`; no
-/// overlap.
+/// overlap. Files have rows, the memory columns: every grid that is read or written passes here.
 inline void Transpose(const float* from, std::size_t rows, std::size_t columns, std::size_t stride,
                       float* to) noexcept {
     constexpr std::size_t kSquare = 32;  // 32 lines of 64 bytes on either side: 4 KB of the usual 32
