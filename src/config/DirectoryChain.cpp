@@ -7,10 +7,13 @@
 namespace tidora {
 namespace {
 
+/// The owner may write, everybody may enter and list; the umask takes from that.
 constexpr mode_t kMode = 0755;
 
-/// Creates every prefix of `path` that ends before a "/" (one at its very start does not count), then `path` itself
-/// unless it ends with one. Stops at the first prefix that cannot be created.
+/// Creates every prefix of `path` that ends before a "/" (one at its very start does not count: before it there is
+/// nothing to make), then `path` itself unless it ends with one and is made already. Stops at the first prefix that
+/// cannot be created. Tests: "a leading slash is no separator", "a trailing slash creates the directory before it",
+/// "a file in the way stops the chain, and nothing is created behind it".
 void CreateChain(const std::string& path) {
     for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
         const std::string prefix = path.substr(0, slash);
