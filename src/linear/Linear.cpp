@@ -10,10 +10,12 @@
 namespace tidora {
 namespace {
 
+// The doubles nearest to 2 pi and pi / 2; their sine in the profile is part of the results.
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kHalfPi = 1.5707963267948966;
 
-/// The band's line from (x, y), straight north over the height of the grid.
+/// The band's line from (x, y), straight north over the height of the grid, in its units. A grid of one row has a line
+/// without length, and no point lies beside it. Test: "a grid of one row has no line and is left unchanged".
 struct BandLine {
     double x, y;    ///< south end
     double lx, ly;  ///< extent
@@ -27,19 +29,22 @@ BandLine LineOf(const GridShape& grid, double diameter) noexcept {
 
 /// Distance of the point (px, py) from the line, both relative to its south end. Not a number for a point beside no
 /// part of the line, and where the line has no length or the radicand is negative from rounding. The radicand is
-/// evaluated in this order.
+/// evaluated in this order, which decides where that is.
+/// Test: "a node whose squared distance rounds below zero gets nothing".
 double DistanceFrom(const BandLine& line, double px, double py) noexcept {
     const double length2 = line.lx * line.lx + line.ly * line.ly;
     const double t = line.ly * py + line.lx * px;
-    if (!(t >= 0.0 && t <= length2)) {
+    if (!(t >= 0.0 && t <= length2)) {  // written so that what is not a number ends here too
         return std::nan("");
     }
     return std::sqrt(py * py + px * px - t * t / length2);
 }
 
-/// Height of the band at a distance from its line, m; 0 outside the band and for an unknown profile.
+/// Height of the band at a distance from its line, m; 0 outside the band and for an unknown profile. The edge belongs
+/// to the band. Computed in double precision and rounded once. Tests: "a node exactly half a width from the line is
+/// included and one just beyond is not", "a profile other than 0 and 1 adds nothing and succeeds".
 float BandHeight(const Linear& band, double distance) noexcept {
-    if (!(distance <= 0.5 * band.diameter)) {
+    if (!(distance <= 0.5 * band.diameter)) {  // also where the distance is not a number
         return 0.0F;
     }
     switch (band.mode) {
@@ -66,7 +71,7 @@ bool Linear::LinearTdr2D(int nx, int ny, double org_x, double org_y, float dx, c
     assert(first.num == static_cast<std::uint64_t>(std::int64_t{nx} * ny));
     const GridShape grid = {nx, ny, org_x, org_y, dx};
     const BandLine line = LineOf(grid, diameter);
-    std::uint64_t at = 0;
+    std::uint64_t at = 0;  // ix * ny + iy, counted along, since the loops run in the order of the values
     for (int ix = 0; ix < nx; ++ix) {
         const double px = grid.X(ix) - line.x;
         for (int iy = 0; iy < ny && at < first.num; ++iy, ++at) {
