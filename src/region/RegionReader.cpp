@@ -14,8 +14,10 @@
 namespace tidora {
 namespace {
 
+// The published size and that of the room that reads the lines.
 static_assert(Region::FILE_MAX_PATH == kGridLineBuffer);
 
+/// As a stream prints a double unless told otherwise: up to six significant digits. std::to_string gives six decimals.
 std::string InDefaultNotation(float value) {
     std::ostringstream text;
     text << static_cast<double>(value);
@@ -24,6 +26,7 @@ std::string InDefaultNotation(float value) {
 
 /// Largest and smallest value, each scanned from the first value on. A value takes over unless it compares at most (at
 /// least) equal, so a NaN takes over and is taken over by what follows it.
+/// Test: "largest and smallest value are scanned from the first value on and NaN is not skipped".
 void SetExtremes(const std::vector<float>& values, Region& region) noexcept {
     region.valMax = region.valMin = values.front();
     for (const float value : values) {
@@ -36,7 +39,8 @@ void SetExtremes(const std::vector<float>& values, Region& region) noexcept {
     }
 }
 
-/// From file order, iy * nx + ix, to grid order, ix * ny + iy.
+/// From file order, iy * nx + ix, to grid order, ix * ny + iy. Naked new: the result becomes the published array, which
+/// is released with array delete.
 float* TransposedCopy(const GridFile& grid) {
     const auto nx = static_cast<std::size_t>(grid.shape.nx);
     const auto ny = static_cast<std::size_t>(grid.shape.ny);
@@ -45,6 +49,7 @@ float* TransposedCopy(const GridFile& grid) {
     return val;
 }
 
+/// Six decimals where std::to_string prints, on purpose: co-ordinates in degrees need them.
 void PrintSummary(const Region& region) {
     std::cout << "nx     :" << region.nx << '\n'
               << "ny     :" << region.ny << '\n'
@@ -57,6 +62,7 @@ void PrintSummary(const Region& region) {
               << "<<<<<<<<<<<<<<<<<< Completed." << std::endl;
 }
 
+/// The texts are fixed to the blank: "Region File > " has one blank before the sign, or two.
 std::vector<std::string> DetailsOf(GridError error, const Region& region) {
     const std::string format = "You should check the Format of Region File.";
     switch (error) {
@@ -67,6 +73,7 @@ std::vector<std::string> DetailsOf(GridError error, const Region& region) {
             return {format, "Region File > " + region.inFileName};
         case GridError::BadCount:
             // Kept on purpose: the count printed here is 0 whatever was read.
+            // Test: "the count that the block of a wrong grid shows is 0 whatever was read".
             return {format, "Region File  > " + region.inFileName, "ALL DATA NUM > 0",
                     "          NX > " + std::to_string(region.nx), "          NY > " + std::to_string(region.ny)};
         case GridError::UnequalSpacing:
@@ -84,6 +91,8 @@ void ReportReadError(GridError error, const Region& region) {
     ReportError(std::cerr, "REGION OBJECT METHOD", details);
 }
 
+/// The line about the binary file comes before the file is opened, so that it is there when that fails.
+/// Test: "a binary grid that cannot be opened gives the block of code 1 after its own line".
 GridError ReadGrid(Region& region, GridFile& grid) {
     if (IsBinaryGridName(region.inFileName)) {
         std::cout << ">>>> Read Binary File" << std::endl;
@@ -93,6 +102,8 @@ GridError ReadGrid(Region& region, GridFile& grid) {
     return ReadTextGrid(region.inFileName, grid);
 }
 
+/// Also after an error, as far as the file was read: the block shows sizes and spacings by the region.
+/// Test: "what was read before a text grid was refused stays in the region".
 void TakeGeometry(const GridFile& grid, Region& region) noexcept {
     region.nx = grid.shape.nx;
     region.ny = grid.shape.ny;
@@ -104,7 +115,9 @@ void TakeGeometry(const GridFile& grid, Region& region) noexcept {
     region.dy = grid.dy;
 }
 
-/// The number of values and their extremes are known before their number is compared with the size.
+/// The number of values and their extremes are known before their number is compared with the size: a text grid of the
+/// wrong count has them, one that was refused earlier or is binary keeps its old ones.
+/// Test: "a text grid without values leaves a region that counts none, whatever it counted before".
 void TakeMeasures(const GridFile& grid, Region& region) noexcept {
     region.dataNum = static_cast<std::int64_t>(grid.values.size());
     if (!grid.values.empty()) {
@@ -128,6 +141,8 @@ int Region::ReadFile() {
         ReportReadError(error, *this);
         return 0;
     }
+    // Last: a region whose file was refused keeps the grid that it had.
+    // Test: "a grid that a region already holds survives a read that fails".
     delete[] std::exchange(val, TransposedCopy(grid));
     PrintSummary(*this);
     return 1;

@@ -14,7 +14,12 @@ enum class WriteError {
     NoValues = 2,     ///< the values that should be written are not there, or are not nx * ny
 };
 
-/// Text of the printf format with its arguments; empty when it does not fit the buffers of a region.
+// What the writers of a region share.
+
+/// Text of the printf format with its arguments; empty when it does not fit the buffers of a region, 8190 characters: a
+/// path is refused rather than cut to another one. The format is a literal; names are arguments, so that a "%" in them
+/// means nothing. Tests: "a path beyond the buffer of 8191 bytes is a failure and never a shorter name",
+/// "a folder or region name that holds format characters is taken literally".
 template <typename... Arguments>
 [[nodiscard]] std::string Formatted(const char* format, Arguments... arguments) {
     std::string text(static_cast<std::size_t>(Region::FILE_MAX_PATH), '\0');
@@ -24,7 +29,7 @@ template <typename... Arguments>
     return text;
 }
 
-/// Error block of the writers of binary grids.
+/// Error block of the writers of binary grids, which is the same for a grid and for the list of a series.
 void ReportBinError(WriteError error, const Region& region);
 
 }  // namespace tidora

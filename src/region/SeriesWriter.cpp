@@ -15,20 +15,25 @@
 namespace tidora {
 namespace {
 
-/// Whole seconds, truncated toward zero. What no int holds becomes the smallest one.
+/// Whole seconds for the name of a file, truncated toward zero: -0.5 gives 0. What no int holds, a NaN included,
+/// becomes the smallest one, which is what x86-64 makes of it; in C++ it is undefined. Intervals within one second
+/// share a name. Test: "intervals that start within the same whole second share a file and the list names it twice".
 int WholeSeconds(double seconds) noexcept {
-    constexpr double kFirstTooLarge = 2147483648.0;
+    constexpr double kFirstTooLarge = 2147483648.0;  // 2^31
+    // Down to -2^31 - 1, that excluded: the fraction goes before the limit counts.
     const bool fits = seconds > -kFirstTooLarge - 1.0 && seconds < kFirstTooLarge;
     return fits ? static_cast<int>(seconds) : std::numeric_limits<int>::min();
 }
 
+/// The values of every kind of region, unlike in WriteBIN(). False unless the file stands under its name, complete.
 bool WriteSnapshot(const std::string& path, const Region& region, const InstantVal2d& snapshot) {
     ReplacingFile file(path);
     return file.IsOpen() && WriteGridHeader(file.Stream(), ShapeOf(region)) &&
            WriteGridValues(file.Stream(), ShapeOf(region), snapshot.val) && file.Commit();
 }
 
-/// One line per snapshot: start and length of its interval, and its path.
+/// One line per snapshot: start and length of its interval in seconds, each in a field of 16 that a longer number
+/// bursts, and its path as it was opened. No heading: a script reads it line by line.
 bool WriteList(const std::string& path, const std::vector<std::string>& snapshots, const DynamicParam& dp) {
     ReplacingFile file(path);
     if (!file.IsOpen()) {
@@ -44,6 +49,8 @@ bool WriteList(const std::string& path, const std::vector<std::string>& snapshot
     return file.Commit();
 }
 
+/// Further snapshots do no harm. Tests: "fewer snapshots than intervals are refused with the block of code 2",
+/// "snapshots beyond the number of intervals are not written".
 bool HasSnapshotPerInterval(const Region& region, const DynamicParam& dp) noexcept {
     const auto size = static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
     const std::vector<InstantVal2d>& instants = region.instants;
@@ -52,6 +59,8 @@ bool HasSnapshotPerInterval(const Region& region, const DynamicParam& dp) noexce
                        [size](const InstantVal2d& snapshot) { return snapshot.num == size; });
 }
 
+/// The list comes last: where it stands, all grids that it names stand. `outFileName` is set before each attempt, so
+/// that after a failure it names the file that failed.
 WriteError WriteSeries(Region& region, const std::string& dir, const DynamicParam& dp) {
     if (!HasSnapshotPerInterval(region, dp)) {
         return WriteError::NoValues;

@@ -15,6 +15,7 @@
 namespace tidora {
 namespace {
 
+/// A static grid is one file of one; the number of files is part of the text.
 void PrintBinShape(const Region& region) {
     std::cout << ">>>>>>>>>>>>>>>>>> Write File:" << region.outFileName << std::endl;
     std::cout << "     FILE_NUM:1/1" << std::endl;
@@ -23,6 +24,7 @@ void PrintBinShape(const Region& region) {
 }
 
 /// Only a topography region writes its values; the file of any other ends with its header, on purpose.
+/// Test: "the binary grid of every other kind is its header alone".
 WriteError WriteBinGrid(const Region& region) {
     const bool withValues = region.type == RTYPE_TOPOGRAPHY && IsGridSize(region.nx, region.ny);
     if (withValues && region.val == nullptr) {
@@ -39,7 +41,9 @@ WriteError WriteBinGrid(const Region& region) {
     return isWritten ? WriteError::None : WriteError::CannotWrite;
 }
 
-/// Value of a text grid at one position; `snapshot` is null where none is asked for.
+/// Value of a text grid at one position, m; `snapshot` is null where none is asked for. A topography comes out as
+/// depth, positive below sea level. The sum is in single precision, as the grids are. Test: "the text grid of a
+/// topography region turns the sign".
 double TextValue(const Region& region, const InstantVal2d* snapshot, std::size_t at) {
     const float value = region.val != nullptr ? region.val[at] : 0.0F;
     if (region.type == RTYPE_TOPOGRAPHY) {
@@ -48,6 +52,7 @@ double TextValue(const Region& region, const InstantVal2d* snapshot, std::size_t
     return static_cast<double>(snapshot != nullptr ? value + snapshot->val[at] : value);
 }
 
+/// Row by row from the south, as in the binary grids: against the order of the memory.
 bool WriteTextValues(std::FILE* file, const Region& region, const InstantVal2d* snapshot) {
     for (int iy = 0; iy < region.ny; ++iy) {
         for (int ix = 0; ix < region.nx; ++ix) {
@@ -60,6 +65,8 @@ bool WriteTextValues(std::FILE* file, const Region& region, const InstantVal2d* 
     return true;
 }
 
+/// One file. A computed kind other than the wave gives an empty one, on purpose: its results are written as a series.
+/// Test: "the text grids of the deformation kinds are empty".
 WriteError WriteTextGrid(const Region& region, const std::string& path, const InstantVal2d* snapshot) {
     const bool isTopography = region.type == RTYPE_TOPOGRAPHY;
     const bool withValues = isTopography || region.type == RTYPE_INITIAL_WAVE;
@@ -80,6 +87,9 @@ WriteError WriteTextGrid(const Region& region, const std::string& path, const In
     return isWritten ? WriteError::None : WriteError::CannotWrite;
 }
 
+/// A topography has no snapshots to add, but as many files as it has. Snapshots that are asked for and not there give
+/// the one file without. Tests: "three snapshots give three text grids, each with the values added", "snapshots that
+/// are asked for and not there change nothing".
 WriteError WriteTextGrids(const Region& region, const std::string& dir, bool withSnapshots) {
     const bool adds = withSnapshots && region.type != RTYPE_TOPOGRAPHY && !region.instants.empty();
     const std::size_t count = withSnapshots && region.instants.size() > 1 ? region.instants.size() : 1;
@@ -107,7 +117,7 @@ void ReportTextError(WriteError error, const Region& region) {
     }
 }
 
-/// The entry of a region in the calculation-parameter text.
+/// The entry of a region in the calculation-parameter text: headings and values in turns. Slope terms have none.
 std::string CalParamEntry(const Region& region) {
     switch (region.type) {
         case RTYPE_TOPOGRAPHY:
@@ -126,6 +136,7 @@ std::string CalParamEntry(const Region& region) {
 }  // namespace
 
 int Region::WriteBIN(const std::string& dir) {
+    // Before the file is opened: after a failure it names the path that failed.
     outFileName = Formatted("%s/%s%03d.bin", dir.c_str(), tag.c_str(), no);
     const WriteError error = WriteBinGrid(*this);
     if (error != WriteError::None) {
@@ -149,6 +160,7 @@ int Region::WriteASCII(const std::string& dir, bool withSnapshots) {
 int Region::WriteCalParam(std::FILE* stream) const {
     const std::string entry = CalParamEntry(*this);
     if (std::fwrite(entry.data(), 1, entry.size(), stream) != entry.size()) {
+        // The asterisks are the text, and stand for nothing.
         ReportError(std::cerr, "REGION OBJECT METHOD",
                     {"Abnormal action at ******** Method.", "Particular attention should be given to \" \"."});
         return 0;
