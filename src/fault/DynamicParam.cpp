@@ -6,51 +6,25 @@
 #include <string>
 #include <utility>
 
+#include "fault/RowFile.h"
 #include "grid/GridShape.h"
-#include "support/ErrorBlock.h"
 #include "support/TextLines.h"
 
 namespace tidora {
 namespace {
 
-/// Why a dynamic parameter file was refused; the values are the reader's codes.
-enum class DynamicFileError { None = 0, CannotOpen = 1, ShortLine = 2 };
+constexpr std::size_t kColumns = 3;  // order, start and length; what follows is ignored
 
-constexpr std::size_t kColumns = 3;
-
-DynamicFileError AppendIntervals(const std::string& path, double timeLimit, std::vector<DYNAMIC_PARAM>& params) {
-    const FileHandle file = OpenForReading(path, "r");
-    if (!file) {
-        return DynamicFileError::CannotOpen;
-    }
-    BoundedLineReader lines(file.get(), DynamicParam::FILE_MAX_PATH);
-    while (lines.Next()) {
-        if (lines.IsComment()) {
-            continue;
-        }
-        const std::vector<std::string> tokens = Tokens(lines.Line(), kDataDelimiters);
-        if (tokens.size() < kColumns) {
-            return DynamicFileError::ShortLine;
-        }
-        DYNAMIC_PARAM interval;
-        interval.order = LenientInt(tokens[0].c_str());
-        interval.validTime = LenientDouble(tokens[1].c_str());
-        interval.riseTime = LenientDouble(tokens[2].c_str());
-        interval.isValid = interval.validTime > 0.0 ? interval.validTime < timeLimit : true;
-        params.push_back(interval);
-    }
-    return DynamicFileError::None;
-}
-
-void ReportFileError(DynamicFileError error) {
-    std::vector<std::string> details = {"Abnormal action at Reading File Method."};
-    if (error == DynamicFileError::CannotOpen) {
-        details.emplace_back("Can not open file.");
-        details.emplace_back("Particular attention should be given to \"Dynamic Parameter File\".");
-    } else {
-        details.emplace_back("You should check the Format of Dynamic Parameter File.");
-    }
-    ReportError(std::cerr, "DYNAMICPARAM OBJECT METHOD", details);
+/// The interval of a row. One that starts at 0 or before is valid whatever the limit, and so is one whose start is not
+/// a number: only a start above 0 is compared. Test: "an interval is valid when it starts at 0 or before or below the
+/// limit".
+DYNAMIC_PARAM IntervalOf(const std::vector<std::string>& tokens, double timeLimit) noexcept {
+    DYNAMIC_PARAM interval;
+    interval.order = LenientInt(tokens[0].c_str());
+    interval.validTime = LenientDouble(tokens[1].c_str());
+    interval.riseTime = LenientDouble(tokens[2].c_str());
+    interval.isValid = interval.validTime > 0.0 ? interval.validTime < timeLimit : true;
+    return interval;
 }
 
 }  // namespace
@@ -63,9 +37,11 @@ void PrintInterval(std::ostream& out, const DYNAMIC_PARAM& interval) {
 
 int DynamicParam::ReadFile(double timeLimit) {
     std::cout << "\n>>>>>>>>>>>>> Fault Dynamic Parameter Input:" << std::endl;
-    const DynamicFileError error = AppendIntervals(fileName, timeLimit, params);
-    if (error != DynamicFileError::None) {
-        ReportFileError(error);
+    const RowFileError error = ReadRows(
+        fileName, FILE_MAX_PATH, kColumns,
+        [this, timeLimit](const std::vector<std::string>& tokens) { params.push_back(IntervalOf(tokens, timeLimit)); });
+    if (error != RowFileError::None) {
+        ReportRowFileError(error, "DYNAMICPARAM OBJECT METHOD", "Dynamic Parameter File");
         return 0;
     }
     for (const DYNAMIC_PARAM& interval : params) {
@@ -78,11 +54,13 @@ int DynamicParam::ReadFile(double timeLimit) {
 }
 
 float SlipShare(const DYNAMIC_PARAM& interval, double lagtime, double duration) noexcept {
+    // Exact comparisons throughout: the times come from one file, as the same texts.
     const double start = interval.validTime;
     const double end = start + interval.riseTime;
     if (start == 0.0 && end == 0.0) {
         return 1.0F;  // the static interval takes everything, whatever the element's timing
     }
+    // The second case is that of an element that has ended when the interval starts.
     // An element that starts exactly at the end of the interval is outside, on purpose: so an interval without length
     // takes nothing from an element without duration that starts with it.
     // Test: "an element that starts at the end of an interval of no length gives it nothing".
@@ -92,8 +70,9 @@ float SlipShare(const DYNAMIC_PARAM& interval, double lagtime, double duration) 
     const double lo = std::max(lagtime, start);
     const double hi = std::min(lagtime + duration, end);
     if (lo == hi) {
-        return 1.0F;
+        return 1.0F;  // slip in no time within the interval, or an interval of no length within the slip
     }
+    // Times that are not numbers, or run backward, share nothing.
     return hi > lo ? static_cast<float>(static_cast<double>(static_cast<float>(hi - lo)) / duration) : 0.0F;
 }
 
@@ -116,7 +95,7 @@ int DynamicParam::CalcDynamicAct(int nx, int ny, double lagtime, double duration
 }
 
 void DynamicParam::FreeVecMem() {
-    std::vector<DYNAMIC_PARAM>().swap(params);
+    std::vector<DYNAMIC_PARAM>().swap(params);  // clear() would keep the storage
 }
 
 }  // namespace tidora

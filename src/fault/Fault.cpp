@@ -5,20 +5,20 @@
 #include <exception>
 #include <iostream>
 
+#include "fault/RowFile.h"
 #include "support/ErrorBlock.h"
 #include "support/TextLines.h"
 
 namespace tidora {
 namespace {
 
-/// Why a fault file was refused; the values are the reader's codes.
-enum class FaultFileError { None = 0, CannotOpen = 1, ShortLine = 2 };
+constexpr std::size_t kColumns = 10;            // as far as the slip
+constexpr std::size_t kColumnsWithTiming = 13;  // as far as the duration; later ones are ignored
 
-constexpr std::size_t kColumns = 10;
-constexpr std::size_t kColumnsWithTiming = 13;
-
-/// The element of a data line with at least ten columns. Latitude (or y) stands before longitude (or x); column 11 is
-/// ignored, and the timing counts only when all of 13 columns are there.
+/// The element of a row of at least ten columns, numbered from 1 as in the documents. Kept on purpose, as the format
+/// has them: latitude (or y) stands before longitude (or x); column 11 is ignored, also where the timing follows it;
+/// and lag time and duration count only together. Tests: "a fault file becomes elements and is echoed without its third
+/// column", "lag time and duration count only on a line of thirteen tokens or more".
 FAULT_PARAM ElementOf(const std::vector<std::string>& tokens) {
     const auto column = [&tokens](std::size_t number) { return LenientDouble(tokens[number - 1].c_str()); };
     FAULT_PARAM element;
@@ -39,25 +39,8 @@ FAULT_PARAM ElementOf(const std::vector<std::string>& tokens) {
     return element;
 }
 
-FaultFileError AppendElements(const std::string& path, std::vector<FAULT_PARAM>& elements) {
-    const FileHandle file = OpenForReading(path, "r");
-    if (!file) {
-        return FaultFileError::CannotOpen;
-    }
-    BoundedLineReader lines(file.get(), Fault::FILE_MAX_PATH);
-    while (lines.Next()) {
-        if (lines.IsComment()) {
-            continue;
-        }
-        const std::vector<std::string> tokens = Tokens(lines.Line(), kDataDelimiters);
-        if (tokens.size() < kColumns) {
-            return FaultFileError::ShortLine;
-        }
-        elements.push_back(ElementOf(tokens));
-    }
-    return FaultFileError::None;
-}
-
+/// Co-ordinates and lengths have six decimals, the rest up to six significant digits; x comes before y, unlike in the
+/// file. The base offset is not shown. Test: "a fault file becomes elements and is echoed without its third column".
 void PrintElement(std::size_t number, const FAULT_PARAM& element) {
     std::cout << "----- Fault No.:" << number << '\n'
               << "org_x   :" << std::to_string(element.org_x) << '\n'
@@ -73,28 +56,21 @@ void PrintElement(std::size_t number, const FAULT_PARAM& element) {
               << "duration:" << element.duration << std::endl;
 }
 
-void ReportFileError(FaultFileError error) {
-    std::vector<std::string> details = {"Abnormal action at Reading File Method."};
-    if (error == FaultFileError::CannotOpen) {
-        details.emplace_back("Can not open file.");
-        details.emplace_back("Particular attention should be given to \"Fault File\".");
-    } else {
-        details.emplace_back("You should check the Format of Fault File.");
-    }
-    ReportError(std::cerr, "FAULT OBJECT METHOD", details);
-}
-
 }  // namespace
 
 Fault::Fault(const PARAM_FAULT& param) : fileName(param.faultFile), coordType(param.coordType) {}
 
 int Fault::ReadFile() {
     std::cout << "\n>>>>>>>>>>>>>>>>>> Fault Input:" << fileName << std::endl;
-    const FaultFileError error = AppendElements(fileName, elements);
-    if (error != FaultFileError::None) {
-        ReportFileError(error);
+    const RowFileError error =
+        ReadRows(fileName, FILE_MAX_PATH, kColumns,
+                 [this](const std::vector<std::string>& tokens) { elements.push_back(ElementOf(tokens)); });
+    if (error != RowFileError::None) {
+        ReportRowFileError(error, "FAULT OBJECT METHOD", "Fault File");
         return 0;
     }
+    // All of them, also those of an earlier call.
+    // Test: "reading a fault file twice appends its elements a second time and echoes all of them".
     for (std::size_t i = 0; i < elements.size(); ++i) {
         PrintElement(i + 1, elements[i]);
     }
@@ -103,12 +79,12 @@ int Fault::ReadFile() {
 }
 
 void Fault::FreeVecMem() {
-    std::vector<FAULT_PARAM>().swap(elements);
+    std::vector<FAULT_PARAM>().swap(elements);  // clear() would keep the storage
 }
 
 void Fault::strReplace(std::string& text, const std::string& from, const std::string& to) {
     if (from.empty()) {
-        return;
+        return;  // found everywhere, it would never come to an end
     }
     for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
         text.replace(at, from.size(), to);
@@ -122,6 +98,8 @@ int Fault::TempMethod() {
 int Fault::SetDynamicParam(std::vector<DYNAMIC_PARAM>& list) {
     try {
         for (const FAULT_PARAM& element : elements) {
+            // Exactly equal, on purpose: intervals that nearly agree are two. A NaN equals none and makes one each
+            // time. Test: "lag times are compared exactly and a NaN equals none".
             const bool isKnown = std::any_of(list.begin(), list.end(), [&element](const DYNAMIC_PARAM& interval) {
                 return interval.validTime == element.lagtime && interval.riseTime == element.duration;
             });
@@ -129,7 +107,7 @@ int Fault::SetDynamicParam(std::vector<DYNAMIC_PARAM>& list) {
                 list.push_back({static_cast<std::int32_t>(list.size()), element.lagtime, element.duration, true});
             }
         }
-    } catch (const std::exception&) {
+    } catch (const std::exception&) {  // of the storage; the block is what callers know this failure by
         ReportError(std::cerr, "FAULT OBJECT METHOD", {"Abnormal action at SetDynamicParam Method."});
         return 0;
     }
