@@ -11,6 +11,11 @@ namespace {
 
 using Details = std::vector<std::string>;
 
+// The faults come before the regions and the regions in ascending number: of several problems the first is reported.
+// An empty list of details is no problem.
+
+/// A kind that nobody knows would deform nothing, without a word. Kinds that differ between fault and region are
+/// allowed and do just that. Test: "two-equal-unknown-kinds-of-coordinates-are-refused".
 bool IsKnownKind(int coordType) noexcept {
     return coordType == kPlaneCoordinates || coordType == kGeographicCoordinates;
 }
@@ -38,7 +43,9 @@ Details CoordinateKindProblem(const ConfReader& conf) {
     return {};
 }
 
-/// The filter reads the parent's finished deformation: the parent must be there, and come first.
+/// The filter reads the parent's finished deformation: the parent must be there, and come first. Without the filter
+/// nobody looks at it. A region may be its own parent: its deformation is finished when it is filtered.
+/// Tests: "without-the-filter-a-parent-need-not-exist", "a-region-may-be-its-own-parent".
 Details ParentProblem(const ConfReader& conf) {
     if (conf.kajiuraFilter != 1) {
         return {};

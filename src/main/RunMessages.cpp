@@ -14,8 +14,9 @@ struct RunMessage {
     const char* text;
 };
 
-/// The table is shared with the other programs of the family and keeps its texts to the letter; RunCode names the codes
-/// that this program raises.
+/// The table is shared with the other programs of the family and keeps its texts to the letter, slips of spelling
+/// included: scripts look for them. RunCode names the codes that this program raises; some of their texts name another
+/// activity than the one that failed. There is no text for 20.
 constexpr RunMessage kMessages[] = {
     {1, "ERROR:Parameter File Parse"},
     {2, "ERROR:Read Fault Parameter"},
@@ -50,7 +51,7 @@ const char* MessageOf(int code) noexcept {
 }
 
 void ReportRunError(std::ostream& err, int code) {
-    err << kErrorFrame << '\n';
+    err << kErrorFrame << '\n';  // not ReportError(): the message stands without an object and a detail
     if (const char* const text = MessageOf(code)) {
         err << text << '\n';
     }

@@ -13,15 +13,20 @@
 namespace tidora {
 namespace {
 
-// Lame constants in a common unit: a Poisson solid. Depth below which horizontal motion counts, m.
+// The constants of the deformation, which no configuration changes. Equal Lame constants, in any common unit, make a
+// Poisson solid (ratio 0.25), the usual one for rock. Sideways motion of a slope lifts the water where it is deeper
+// than 50 m: a choice of this program, which keeps shores and shallows out of the term. In single precision, as the
+// routines take them.
 constexpr float kMu = 1.0F;
 constexpr float kLambda = 1.0F;
 constexpr float kHorzMinDepth = 50.0F;
 
+/// Values of a region's grid. Requires: it was read, so that its size is one.
 std::uint64_t SizeOf(const Region& region) noexcept {
     return static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
 }
 
+/// Closes the lines of a step. The one text of a run that is never the same twice.
 void PrintCalcTime(const CpuClock& clock) {
     std::cout << "<<<<< Calc Time : " << clock.Seconds() << "[sec]" << std::endl;
 }
@@ -34,7 +39,8 @@ void ResetSnapshots(Region& region, std::size_t intervals) {
     }
 }
 
-/// Largest value of the first snapshot, at least 0.
+/// Largest value of the first snapshot, at least 0: kept on purpose, a sea that only sinks shows 0. Test:
+/// "the-largest-value-of-a-sunken-sea-is-0".
 float LargestOfFirst(const Region& region) noexcept {
     float largest = 0.0F;
     if (!region.instants.empty()) {
@@ -46,7 +52,8 @@ float LargestOfFirst(const Region& region) noexcept {
     return largest;
 }
 
-/// Creates `path` and what is missing above it, without a shell. A failure shows when the first file is opened.
+/// Creates `path` and what is missing above it, without a shell, to which a name would be a command. A failure shows
+/// when the first file is opened. Test: "a-semicolon-in-the-name-of-the-output-directory-reaches-no-shell".
 void CreateOutputDirectory(const std::string& path) {
     std::error_code ignored;
     std::filesystem::create_directories(path, ignored);
@@ -60,6 +67,8 @@ RunSequence::~RunSequence() {
     ReleaseRegions();
 }
 
+/// The regions in ascending number, whatever their order in the file, so that a parent is done before its child.
+/// Test: "regions-are-processed-in-ascending-number".
 RunCode RunSequence::Run() {
     if (const RunCode code = SetUp(); code != RunCode::Success) {
         return code;
@@ -73,6 +82,7 @@ RunCode RunSequence::Run() {
     return RunCode::Success;
 }
 
+/// The faults before the topography: a slip of the pen in a small file shows before a large one is read.
 RunCode RunSequence::SetUp() {
     if (!CheckRunnable(m_conf)) {
         return RunCode::Configuration;
@@ -85,6 +95,8 @@ RunCode RunSequence::SetUp() {
     return ReadFirstTopography();
 }
 
+/// The phases of one region. A configuration that was read has exactly one fault, so that the first condition holds in
+/// every run of the program; without one, the band alone would make the wave.
 RunCode RunSequence::RunRegion(int number) {
     RegionSet set = SetOf(number);
     if (set.topography.ReadFile() == 0) {
@@ -106,6 +118,7 @@ RunCode RunSequence::RunRegion(int number) {
     return Write(set);
 }
 
+/// After a failure the destructor releases what there is, and nothing is printed.
 void RunSequence::CleanUp() {
     ReleaseRegions();
     std::cout << "Free Fault Vec" << std::endl;
@@ -124,6 +137,7 @@ void RunSequence::BuildRegionTables() {
     }
 }
 
+/// All are made before the first is read; the first that cannot be read ends the run.
 RunCode RunSequence::ReadFaults() {
     for (const PARAM_FAULT& param : m_conf.faults) {
         m_faults.emplace_back(param);
@@ -133,9 +147,10 @@ RunCode RunSequence::ReadFaults() {
     return allRead ? RunCode::Success : RunCode::FaultFile;
 }
 
+/// One list for all faults, so that every region has the same snapshots.
 void RunSequence::CollectIntervals() {
     for (Fault& fault : m_faults) {
-        fault.SetDynamicParam(m_intervals.params);
+        fault.SetDynamicParam(m_intervals.params);  // 0 means that memory has ended, and has been reported
     }
     for (const DYNAMIC_PARAM& interval : m_intervals.params) {
         PrintInterval(std::cout, interval);
@@ -144,7 +159,8 @@ void RunSequence::CollectIntervals() {
 }
 
 /// The first region is read here and again as the first step of its own turn, on purpose: the order of the messages of
-/// a run is fixed.
+/// a run is fixed. Test: "one-plane-element-lifts-the-sea-floor-and-the-sea-alike". A run without regions ends here,
+/// with the message of a topography and no block. Test: "without-a-region-the-run-ends-after-the-fault".
 RunCode RunSequence::ReadFirstTopography() {
     const bool isRead = !m_topography.empty() && m_topography.begin()->second.ReadFile() != 0;
     return isRead ? RunCode::Success : RunCode::Topography;
@@ -167,6 +183,7 @@ void RunSequence::PrepareRegion(RegionSet& set) {
     }
 }
 
+/// The faults in the order of the configuration, into one sum. The time is that of all of them.
 RunCode RunSequence::Deform(RegionSet& set) {
     const Region& grid = set.topography;
     const CpuClock clock;
@@ -183,6 +200,7 @@ RunCode RunSequence::Deform(RegionSet& set) {
     return RunCode::Success;
 }
 
+/// The sea surface follows the sea floor at once. Each point is one sum of two terms: no order to keep.
 void RunSequence::FormInitialWave(RegionSet& set) const {
     const CpuClock clock;
     std::cout << ">>>>> Initial Wave Height Calc" << std::endl;
@@ -200,7 +218,9 @@ void RunSequence::FormInitialWave(RegionSet& set) const {
     PrintCalcTime(clock);
 }
 
+/// Into the first interval alone. Test: "the-band-is-added-to-the-first-interval-alone".
 RunCode RunSequence::AddLinearBand(RegionSet& set) {
+    // A height that is not a number is not greater than 0: no band.
     if (m_linear.mode < 0 || !(m_linear.height > 0.0)) {
         return RunCode::Success;
     }
@@ -239,6 +259,9 @@ RunCode RunSequence::Filter(RegionSet& set) {
     return RunCode::Success;
 }
 
+/// Kept on purpose: the codes name a topography and a map file, not the series that failed. Tests:
+/// "an-initial-wave-grid-that-cannot-be-opened-is-reported-as-topography",
+/// "a-vertical-grid-that-cannot-be-opened-is-reported-as-map-file".
 RunCode RunSequence::Write(RegionSet& set) const {
     CreateOutputDirectory(m_conf.outDir);
     if (set.initialWave.WriteBINDynamic(m_conf.outDir, m_intervals) == 0) {
@@ -257,6 +280,7 @@ RunSequence::RegionSet RunSequence::SetOf(int number) {
     return {m_topography.at(number), m_initialWave.at(number), m_vertical.at(number), m_horizontal.at(number)};
 }
 
+/// Harmless twice. The work array of the parent's snapshots is no region's: it goes with this object.
 void RunSequence::ReleaseRegions() {
     for (RegionTable* table : {&m_topography, &m_initialWave, &m_vertical, &m_horizontal}) {
         for (auto& [number, region] : *table) {

@@ -7,14 +7,17 @@
 
 namespace {
 
+// The texts of the command line are fixed, the version of the banner, slips of spelling and trailing blanks included.
+// Test: "without-an-argument-the-usage-text-is-printed".
 constexpr const char* program = "Tidora";
 constexpr const char* version = TIDORA_VERSION;  // of the file VERSION
 
 void PrintBanner() {
-    const std::string rule(45, '=');
+    const std::string rule(45, '=');  // as wide as the banner is
     std::cout << rule << '\n' << "       " << program << " version " << version << '\n' << rule << std::endl;
 }
 
+/// On standard output and with status 0, however wrong the arguments are: a script has to look at its own.
 void PrintUsage() {
     std::cout << "\n"
                  "SYNOPSIS\n"
@@ -31,6 +34,7 @@ void PrintUsage() {
               << std::endl;
 }
 
+/// Reads the configuration and runs it; the grids are released before main() has its last word.
 tidora::RunCode RunConfiguration(const char* path) {
     std::cout << "\n>>>>>>>>>>>>>>>>>> Parameter File Input:" << std::endl;
     tidora::ConfReader conf(path);
@@ -44,6 +48,9 @@ tidora::RunCode RunConfiguration(const char* path) {
 
 }  // namespace
 
+/// Exit status 0 after success and also after the usage text; 1 after every error that is reported. Nothing is caught:
+/// where memory ends, the C++ library ends the program. Test:
+/// "with-two-arguments-the-usage-text-is-printed-and-nothing-is-read".
 int main(int argc, char* argv[]) {
     PrintBanner();
     if (argc != 2) {
