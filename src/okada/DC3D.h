@@ -12,7 +12,8 @@
 /// can be formed. Each delivers twelve values u[0..11]: three displacements, then their x, y and z derivatives, already
 /// divided by 2 pi. The z derivative is d/dz of the observation point at a fixed source.
 ///
-/// Arguments by address. The routines share the blocks below: one thread at a time.
+/// Arguments by address. The routines share the blocks below: one thread at a time. A run evaluates the same formulas
+/// without blocks, many points at a time (batch/SurfaceBatch.h): it calls none of these.
 extern "C" {
 
 /// Medium and dip, set by dccon0_.
@@ -28,6 +29,7 @@ struct TidoraBlockC0 {
     double S2D;  ///< sine of twice the dip
     double C2D;  ///< cosine of twice the dip
 };
+/// Set by dccon0_, dc3d_ and dc3d0_. Not used by a run.
 extern struct TidoraBlockC0
     c0_;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the interface is such a block
 
@@ -41,6 +43,7 @@ struct TidoraBlockC1 {
     double A3, A5, B3, C3;          ///< 1 - 3x^2/R^2, 1 - 5x^2/R^2, 1 - 3y^2/R^2, 1 - 3d^2/R^2
     double UY, VY, WY, UZ, VZ, WZ;  ///< U, V, W of Table 4 (y) and U', V', W' of Table 5 (z)
 };
+/// Set by dccon1_ and dc3d0_. Not used by a run.
 extern struct TidoraBlockC1
     c1_;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the interface is such a block
 
@@ -55,6 +58,7 @@ struct TidoraBlockC2 {
     double X11, Y11, X32, Y32;
     double EY, EZ, FY, FZ, GY, GZ, HY, HZ;  ///< E, F, G, H of Table 8 (y) and E', F', G', H' of Table 9 (z)
 };
+/// Set by dccon2_ and dc3d_. Not used by a run.
 extern struct TidoraBlockC2
     c2_;  // NOLINT(cppcoreguidelines-avoid-non-const-global-variables): the interface is such a block
 
@@ -62,7 +66,7 @@ extern struct TidoraBlockC2
 /// AL1..AL2: extent along strike; AW1..AW2: extent up dip. DISL1, DISL2, DISL3: strike-slip, dip-slip and tensile
 /// dislocation. The nine derivatives are always set to 0. IRET: 0; 1 on an edge of the source, all outputs 0; 2 for a
 /// positive Z, all outputs 0. Arithmetic in double precision; X - AL1, X - AL2, DEPTH + Z and DEPTH - Z are formed in
-/// single precision on purpose, and the results rounded once.
+/// single precision on purpose, and the results rounded once. Not used by a run.
 void dc3d_(const float* ALPHA, const float* X, const float* Y, const float* Z, const float* DEPTH, const float* DIP,
            const float* AL1, const float* AL2, const float* AW1, const float* AW2, const float* DISL1,
            const float* DISL2, const float* DISL3, float* UX, float* UY, float* UZ, float* UXX, float* UYX, float* UZX,
@@ -70,23 +74,25 @@ void dc3d_(const float* ALPHA, const float* X, const float* Y, const float* Z, c
 
 /// Displacement at a surface point by a point source at (0, 0, -DEPTH). POT1 to POT4: strike-slip, dip-slip, tensile
 /// and inflation potency, dislocation times area. Outputs and IRET as for dc3d_; 1 at the source itself.
+/// Not used by a run.
 void dc3d0_(const float* ALPHA, const float* X, const float* Y, const float* Z, const float* DEPTH, const float* DIP,
             const float* POT1, const float* POT2, const float* POT3, const float* POT4, float* UX, float* UY, float* UZ,
             float* UXX, float* UYX, float* UZX, float* UXY, float* UYY, float* UZY, float* UXZ, float* UYZ, float* UZZ,
             int* IRET);
 
-/// Fills c0_. A dip whose cosine is below 1e-6 in size becomes exactly vertical.
+/// Fills c0_. A dip whose cosine is below 1e-6 in size becomes exactly vertical. Not used by a run.
 void dccon0_(const double* ALPHA, const double* DIP);
 
 /// Fills c1_. X, Y and D below 1e-6 in size are set to 0, in the caller's variables too. At the source itself (R = 0)
-/// the fields from R3 on keep their values.
+/// the fields from R3 on keep their values. Not used by a run.
 void dccon1_(double* X, double* Y, double* D);
 
 /// Fills c2_. XI, ET and Q below 1e-6 in size are set to 0, in the caller's variables too. KXI, KET: 1 on the negative
 /// extension of an edge, where R + XI or R + ET vanishes. At a corner (R = 0) the fields from R3 on keep their values.
+/// Not used by a run.
 void dccon2_(double* XI, double* ET, double* Q, const double* SD, const double* CD, const int* KXI, const int* KET);
 
-/// Parts A, B and C of a corner of a rectangle: Okada (1992), Tables 6 to 9. Require c0_ and c2_.
+/// Parts A, B and C of a corner of a rectangle: Okada (1992), Tables 6 to 9. Require c0_ and c2_. Not used by a run.
 void ua_(const double* XI, const double* ET, const double* Q, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U);
 void ub_(const double* XI, const double* ET, const double* Q, const double* DISL1, const double* DISL2,
@@ -94,7 +100,7 @@ void ub_(const double* XI, const double* ET, const double* Q, const double* DISL
 void uc_(const double* XI, const double* ET, const double* Q, const double* Z, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U);
 
-/// Parts A, B and C of a point source: Okada (1992), Tables 2 to 5. Require c0_ and c1_.
+/// Parts A, B and C of a point source: Okada (1992), Tables 2 to 5. Require c0_ and c1_. Not used by a run.
 void ua0_(const double* X, const double* Y, const double* D, const double* POT1, const double* POT2, const double* POT3,
           const double* POT4, double* U);
 void ub0_(const double* X, const double* Y, const double* D, const double* Z, const double* POT1, const double* POT2,

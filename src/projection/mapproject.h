@@ -7,6 +7,7 @@ extern "C" {
 
 /// Chooses the systems by EPSG code. geoCode: 4326 or 4612. planeCode: 2443 to 2461 (plane rectangular zones), 3097 to
 /// 3101 (UTM 51 to 55), 32653. An unknown code is announced on standard output and replaced by 4612 or 3100.
+/// Not used by a run.
 void mapproject_initialize_using_epsg_(int geoCode, int planeCode);
 
 /// GRS80 longitude and latitude, and the UTM zone of a longitude in degrees, which is printed on standard output. The
@@ -21,5 +22,6 @@ void mapproject_finalize_();
 void ll2xy_(const int* n, const double* lon, const double* lat, double* x, double* y);
 
 /// *n points from metres (x, y) to degrees (lon, lat); same argument order, same treatment of failures.
+/// Not used by a run.
 void xy2ll_(const int* n, double* lon, double* lat, const double* x, const double* y);
 }
