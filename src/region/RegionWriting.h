@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -29,7 +30,12 @@ template <typename... Arguments>
     return text;
 }
 
-/// Error block of the writers of binary grids, which is the same for a grid and for the list of a series.
-void ReportBinError(WriteError error, const Region& region);
+/// Values of the region's grid, nx * ny: what a snapshot of it holds.
+[[nodiscard]] inline std::uint64_t ValueCount(const Region& region) noexcept {
+    return static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
+}
+
+/// Error block of a writer. kind: what it writes, "BIN" or "ASCII". A series has that of its grids for its list too.
+void ReportWriteError(WriteError error, const Region& region, const std::string& kind);
 
 }  // namespace tidora

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <limits>
@@ -52,7 +53,7 @@ bool WriteList(const std::string& path, const std::vector<std::string>& snapshot
 /// Further snapshots do no harm. Tests: "fewer snapshots than intervals are refused with the block of code 2",
 /// "snapshots beyond the number of intervals are not written".
 bool HasSnapshotPerInterval(const Region& region, const DynamicParam& dp) noexcept {
-    const auto size = static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
+    const std::uint64_t size = ValueCount(region);
     const std::vector<InstantVal2d>& instants = region.instants;
     return instants.size() >= dp.params.size() &&
            std::all_of(instants.begin(), instants.begin() + static_cast<std::ptrdiff_t>(dp.params.size()),
@@ -93,7 +94,7 @@ int Region::WriteBINDynamic(const std::string& dir, const DynamicParam& dp) {
     std::cout << std::endl;
     const WriteError error = WriteSeries(*this, dir, dp);
     if (error != WriteError::None) {
-        ReportBinError(error, *this);
+        ReportWriteError(error, *this, "BIN");
         return 0;
     }
     std::cout << "<<<<<<<<<<<<<<<<<< Completed. (" << tag << ")" << std::endl;

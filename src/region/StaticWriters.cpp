@@ -1,5 +1,4 @@
 #include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <string>
@@ -70,8 +69,7 @@ bool WriteTextValues(std::FILE* file, const Region& region, const InstantVal2d* 
 WriteError WriteTextGrid(const Region& region, const std::string& path, const InstantVal2d* snapshot) {
     const bool isTopography = region.type == RTYPE_TOPOGRAPHY;
     const bool withValues = isTopography || region.type == RTYPE_INITIAL_WAVE;
-    const auto size = static_cast<std::uint64_t>(std::int64_t{region.nx} * region.ny);
-    const bool hasSnapshot = snapshot != nullptr && snapshot->num == size;
+    const bool hasSnapshot = snapshot != nullptr && snapshot->num == ValueCount(region);
     // The heights of a run are in its snapshots alone: their region has no values of its own.
     const bool isComplete = isTopography ? region.val != nullptr : region.val != nullptr || hasSnapshot;
     if (withValues && IsGridSize(region.nx, region.ny) && (!isComplete || (snapshot != nullptr && !hasSnapshot))) {
@@ -104,19 +102,6 @@ WriteError WriteTextGrids(const Region& region, const std::string& dir, bool wit
     return WriteError::None;
 }
 
-void ReportTextError(WriteError error, const Region& region) {
-    const std::string action = "Abnormal action at Writing ASCII File Method.";
-    const std::string attention = "Particular attention should be given to ";
-    if (error == WriteError::CannotWrite) {
-        // Kept on purpose: the name shown is the region's input grid, not the path that failed.
-        ReportError(std::cerr, "REGION OBJECT METHOD",
-                    {action, "Can not open file.", attention + "\"Region ASCII File\".",
-                     "Region ASCII File > " + region.inFileName});
-    } else {
-        ReportError(std::cerr, "REGION OBJECT METHOD", {action, attention + "\" \"."});
-    }
-}
-
 /// The entry of a region in the calculation-parameter text: headings and values in turns. Slope terms have none.
 std::string CalParamEntry(const Region& region) {
     switch (region.type) {
@@ -140,7 +125,7 @@ int Region::WriteBIN(const std::string& dir) {
     outFileName = Formatted("%s/%s%03d.bin", dir.c_str(), tag.c_str(), no);
     const WriteError error = WriteBinGrid(*this);
     if (error != WriteError::None) {
-        ReportBinError(error, *this);
+        ReportWriteError(error, *this, "BIN");
         return 0;
     }
     std::cout << "<<<<<<<<<<<<<<<<<< Completed." << std::endl;
@@ -151,7 +136,7 @@ int Region::WriteBIN(const std::string& dir) {
 int Region::WriteASCII(const std::string& dir, bool withSnapshots) {
     const WriteError error = WriteTextGrids(*this, dir, withSnapshots);
     if (error != WriteError::None) {
-        ReportTextError(error, *this);
+        ReportWriteError(error, *this, "ASCII");
         return 0;
     }
     return 1;
