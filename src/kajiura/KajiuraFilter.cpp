@@ -7,27 +7,12 @@
 #include <cstdint>
 #include <vector>
 
-#include "kajiura/KajiuraLattice.h"
-#include "simd/InstructionSet.h"
+#include "kajiura/FilterKernels.h"
 
 namespace tidora {
 namespace {
 
 constexpr float kShallowest = -10.0F;  ///< topography below which a point is filtered, m
-
-LatticeKernel CurrentKernel() noexcept {
-#ifdef TIDORA_X86_KERNELS
-    switch (CurrentInstructionSet()) {
-        case InstructionSet::Avx512:
-            return &FilterPointsAvx512;
-        case InstructionSet::Avx2:
-            return &FilterPointsAvx2;
-        case InstructionSet::Baseline:
-            break;
-    }
-#endif
-    return &FilterPointsBaseline;
-}
 
 /// Where a grid has uplift at all, in blocks of 16 by 16 points: the terms of a disc without any sum to exactly +0.
 class UpliftBlocks {
@@ -124,7 +109,7 @@ public:
             return;
         }
         float filtered[kLatticeBlock];
-        m_kernel(m_own, m_parent, m_points, m_count, filtered);
+        m_kernels.filterPoints(m_own, m_parent, m_points, m_count, filtered);
         for (int p = 0; p < m_count; ++p) {
             m_result[m_at[p]] = filtered[p];
         }
@@ -132,7 +117,7 @@ public:
     }
 
 private:
-    LatticeKernel m_kernel = CurrentKernel();
+    const FilterKernels& m_kernels = DispatchedKernels<FilterKernelsOf>();
     LatticeGrid m_own, m_parent;
     float* m_result;
     LatticePoint m_points[kLatticeBlock] = {};

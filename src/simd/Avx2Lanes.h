@@ -129,6 +129,7 @@ struct Avx2Lanes {
     static Floats Gathered(const float* from, Integers index) noexcept {
         return _mm256_i32gather_ps(from, index, sizeof(float));
     }
+    static constexpr bool kPicksFast = true;  ///< Picked takes less than two Gathered
     /// Of twice as many values, low and high, those that the index names.
     static Floats Picked(Floats low, Integers index, Floats high) noexcept {
         // Bit 3, set from 8 on, becomes the sign that the blend looks at; the permutations look at the bits below.

@@ -146,6 +146,7 @@ struct Avx512Lanes {
     static Floats Gathered(const float* from, Integers index) noexcept {
         return _mm512_i32gather_ps(index, from, sizeof(float));
     }
+    static constexpr bool kPicksFast = true;  ///< Picked takes less than two Gathered
     /// Of twice as many values, low and high, those that the index names.
     static Floats Picked(Floats low, Integers index, Floats high) noexcept {
         return _mm512_permutex2var_ps(low, index, high);

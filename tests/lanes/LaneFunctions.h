@@ -37,7 +37,7 @@ struct LaneFunctions {
     Pairwise quotients, logs, arguments;
 };
 
-/// The same of a step of floats and of as many integers; `floats` is 0 for a lane type without them.
+/// The same of a step of floats and of as many integers.
 struct FloatLaneFunctions {
     using Unary = void (*)(const float* x, float* y);
     using Binary = void (*)(const float* a, const float* b, float* y);
@@ -57,9 +57,8 @@ struct FloatLaneFunctions {
     void (*picked)(const float* low, const int* index, const float* high, float* y);
 };
 
-/// The same of eight floats; `isThere` is false for a lane type without them.
+/// The same of eight floats.
 struct EightFloatFunctions {
-    bool isThere;
     void (*zero)(float* y);
     void (*copy)(const float* x, float* y);
     void (*storeFrom)(int count, float* to, const float* x);

@@ -6,6 +6,6 @@ using tidora::PlainLanes;
 template <>
 const LaneFunctions LaneFunctionsOf<PlainLanes>::kTable = MakeLaneFunctions<PlainLanes>();
 template <>
-const FloatLaneFunctions LaneFunctionsOf<PlainLanes>::kFloatTable = MakeFloatLaneFunctions<PlainLanes>(0);
+const FloatLaneFunctions LaneFunctionsOf<PlainLanes>::kFloatTable = MakeFloatLaneFunctions<PlainLanes>();
 template <>
-const EightFloatFunctions LaneFunctionsOf<PlainLanes>::kEightTable = MakeEightFloatFunctions<PlainLanes>(0);
+const EightFloatFunctions LaneFunctionsOf<PlainLanes>::kEightTable = MakeEightFloatFunctions<PlainLanes>();

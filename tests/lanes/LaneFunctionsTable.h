@@ -184,8 +184,8 @@ struct FloatLaneArrays {
     }
 };
 
-template <typename Lanes, typename = typename Lanes::Floats>
-constexpr FloatLaneFunctions MakeFloatLaneFunctions(int) noexcept {
+template <typename Lanes>
+constexpr FloatLaneFunctions MakeFloatLaneFunctions() noexcept {
     using A = FloatLaneArrays<Lanes>;
     FloatLaneFunctions f = {};
     f.floats = Lanes::kFloats;
@@ -209,11 +209,6 @@ constexpr FloatLaneFunctions MakeFloatLaneFunctions(int) noexcept {
     f.picked = &A::Picked;
     return f;
 }
-/// A lane type without floats.
-template <typename Lanes>
-constexpr FloatLaneFunctions MakeFloatLaneFunctions(long) noexcept {
-    return {};
-}
 
 template <typename Lanes>
 struct EightFloatArrays {
@@ -230,13 +225,8 @@ struct EightFloatArrays {
     }
 };
 
-template <typename Lanes, typename = typename Lanes::Floats8>
-constexpr EightFloatFunctions MakeEightFloatFunctions(int) noexcept {
-    using A = EightFloatArrays<Lanes>;
-    return {true, &A::Zero, &A::Copy, &A::StoreFrom, &A::SelectNotNegative, &A::ScaledSum};
-}
-/// A lane type without them.
 template <typename Lanes>
-constexpr EightFloatFunctions MakeEightFloatFunctions(long) noexcept {
-    return {};
+constexpr EightFloatFunctions MakeEightFloatFunctions() noexcept {
+    using A = EightFloatArrays<Lanes>;
+    return {&A::Zero, &A::Copy, &A::StoreFrom, &A::SelectNotNegative, &A::ScaledSum};
 }

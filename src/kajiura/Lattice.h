@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace tidora {
@@ -10,7 +9,6 @@ inline constexpr int kLatticeRadiusSquared = 400;  ///< squared radius of the di
 inline constexpr int kLatticeWidth = 2 * kLatticeHalfWidth + 1;
 inline constexpr int kLatticeSamples = 1257;  ///< lattice points within the disc
 inline constexpr int kKernelTerms = 11;       ///< of the series
-inline constexpr int kLatticeBlock = 128;     ///< points that are handed over together
 
 /// What the lattices of all points have in common.
 struct Lattice {
@@ -22,8 +20,9 @@ struct Lattice {
     /// Largest |j| within the disc, by |i|.
     int reach[kLatticeHalfWidth + 1] = {};
     struct Column {
-        int begin;  ///< first position within the disc
-        int start;  ///< where a position stands in the order of the sum, less the position
+        int begin;     ///< first position within the disc
+        int start;     ///< where a position stands in the order of the sum, less the position
+        int distance;  ///< |i|
     };
     Column columns[kLatticeWidth] = {};  ///< positions and columns count from 0 at j = -20 and i = -20
 };
@@ -54,8 +53,9 @@ struct Lattice {
     }
     int samples = 0;
     for (int i = 0; i < kLatticeWidth; ++i) {
-        const int reach = lattice.reach[i < kLatticeHalfWidth ? kLatticeHalfWidth - i : i - kLatticeHalfWidth];
-        lattice.columns[i] = {kLatticeHalfWidth - reach, samples - (kLatticeHalfWidth - reach)};
+        const int distance = i < kLatticeHalfWidth ? kLatticeHalfWidth - i : i - kLatticeHalfWidth;
+        const int reach = lattice.reach[distance];
+        lattice.columns[i] = {kLatticeHalfWidth - reach, samples - (kLatticeHalfWidth - reach), distance};
         samples += 2 * reach + 1;
     }
     return lattice;
@@ -79,32 +79,5 @@ struct PaddedRadii {
 }
 
 inline constexpr PaddedRadii kPaddedRadii = MakePaddedRadii();
-
-/// The grids that are sampled, as plain numbers: what the kernels of all instruction sets share.
-struct LatticeGrid {
-    int nx, ny;
-    double orgX, orgY;
-    float dx;
-    const float* values;  ///< null: no such grid
-    bool isFinite;        ///< every value is a number
-};
-
-/// A point to be filtered: its place, m, and the water depth there, m.
-struct LatticePoint {
-    float x, y, depth;
-};
-
-/// Filtered values of `count` (at most kLatticeBlock) points.
-using LatticeKernel = void (*)(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count,
-                               float* filtered);
-
-void FilterPointsBaseline(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count,
-                          float* filtered);
-#ifdef TIDORA_X86_KERNELS
-void FilterPointsAvx2(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count,
-                      float* filtered);
-void FilterPointsAvx512(const LatticeGrid& own, const LatticeGrid& parent, const LatticePoint* points, int count,
-                        float* filtered);
-#endif
 
 }  // namespace tidora

@@ -1,2 +1,0 @@
-#define TIDORA_FILTER_POINTS FilterPointsAvx2
-#include "kajiura/KajiuraKernel.h"

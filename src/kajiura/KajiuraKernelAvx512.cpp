@@ -1,2 +1,0 @@
-#define TIDORA_FILTER_POINTS FilterPointsAvx512
-#include "kajiura/KajiuraKernel.h"

@@ -1,2 +1,0 @@
-#define TIDORA_FILTER_POINTS FilterPointsBaseline
-#include "kajiura/KajiuraKernel.h"
