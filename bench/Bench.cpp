@@ -169,7 +169,7 @@ void BenchFilter() {
             uplift.push_back(static_cast<float>(3.0 * std::sin(20.0 * along) * std::cos(17.0 * across)));
         }
     }
-    const tidora::SampledGrid grid = {n, n, 1000.0, 2000.0, 1000.0F, uplift.data()};
+    const tidora::SampledGrid grid = {{n, n, 1000.0, 2000.0, 1000.0F}, uplift.data()};
     std::vector<float> fast = uplift;
     std::vector<tidora::InstantVal2d> literal(1);
     literal[0].Reset(uplift.size());

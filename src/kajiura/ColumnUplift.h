@@ -8,29 +8,35 @@
 
 namespace tidora {
 
+// The uplift between four nodes, w(0, 0) the near one along both axes, t and u the weights of the far ones:
+//     (1 - t)(1 - u) w(0, 0) + t (1 - u) w(1, 0) + (1 - t) u w(0, 1) + t u w(1, 1)
+// The first three products are formed and summed in double, the fourth is formed in single precision and then added,
+// and the sum is rounded once. The filter is defined so; every other way has other bits.
+
 /// One grid under the lattice of one point.
 template <typename Lanes>
 struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() fills it
     LatticeAxis<Lanes> columns, rows;
     RowPlaces<Lanes> places;
 
-    void Open(const LatticeGrid& grid, const LatticePoint& point, float step) {
-        columns.Fill(point.x, step, grid.orgX, grid.dx, grid.nx);
-        rows.Fill(point.y, step, grid.orgY, grid.dx, grid.ny);
-        places.Fill(rows, grid.nx, grid.ny);
+    void Open(const GridShape& shape, const FilterPoint& point) noexcept {
+        columns.Fill(point.x, point.disc.step, shape.orgX, shape.dx, shape.nx);
+        rows.Fill(point.y, point.disc.step, shape.orgY, shape.dx, shape.ny);
+        places.Fill(rows, shape);
     }
 
-    /// True when every position has a cell.
-    [[nodiscard]] bool IsInside() const {
+    /// True when every position has a cell: the first and the last are enough, since places ascend.
+    [[nodiscard]] bool IsInside() const noexcept {
         constexpr int kLast = kLatticeWidth - 1;
         return HasCell(0, 0) && HasCell(kLast, kLast);
     }
-    [[nodiscard]] bool HasCell(int i, int j) const { return columns.cell[i] >= 0 && rows.cell[j] >= 0; }
+    [[nodiscard]] bool HasCell(int i, int j) const noexcept { return columns.cell[i] >= 0 && rows.cell[j] >= 0; }
 
     /// Bilinear uplift at one position with a cell.
-    [[nodiscard]] float Uplift(const LatticeGrid& grid, int i, int j) const {
-        const float* const near = grid.values + static_cast<std::ptrdiff_t>(columns.cell[i]) * grid.ny + rows.cell[j];
-        const float* const far = near + grid.ny;
+    [[nodiscard]] float Uplift(const SampledGrid& grid, int i, int j) const noexcept {
+        const std::ptrdiff_t ny = grid.shape.ny;
+        const float* const near = grid.values + columns.cell[i] * ny + rows.cell[j];
+        const float* const far = near + ny;
         const double products = columns.nearWeight[i] * rows.nearWeight[j] * static_cast<double>(near[0]) +
                                 columns.wideWeight[i] * rows.nearWeight[j] * static_cast<double>(far[0]) +
                                 columns.nearWeight[i] * rows.wideWeight[j] * static_cast<double>(near[1]);
@@ -38,26 +44,31 @@ struct LatticeView {  // NOLINT(cppcoreguidelines-pro-type-member-init): Open() 
     }
 };
 
-/// Interpolation in one lattice column of one grid.
+/// Bilinear uplift in one lattice column of one grid, a part at a time. The same bits with every lane type, those of
+/// LatticeView::Uplift. Any alignment.
 template <typename Lanes>
 class ColumnUplift {
+    using Floats8 = typename Lanes::Floats8;
+    using Doubles8 = typename Lanes::Doubles8;
+
 public:
-    ColumnUplift(const LatticeView<Lanes>& from, const CellColumns<Lanes>& cells, int i)
+    /// cells: at the grid columns of lattice column i.
+    ColumnUplift(const LatticeView<Lanes>& from, const CellColumns<Lanes>& cells, int i) noexcept
         : m_nearT(Lanes::All8(from.columns.nearWeight[i])),
           m_wideT(Lanes::All8(from.columns.wideWeight[i])),
           m_view(from),
           m_near(cells.Near()),
           m_far(cells.Far()) {
         const auto t = Lanes::AllFloats(from.columns.weight[i]);
-#pragma GCC unroll 5
+#pragma GCC unroll 10
         for (int at = 0; at < kFetched<Lanes>; at += Lanes::kFloats) {
             Lanes::StoreFloats(m_farFar + at,
                                t * Lanes::LoadFloats(m_view.rows.weight + at) * Lanes::LoadFloats(m_far.farRow + at));
         }
     }
 
-    /// Bilinear uplift. Three products in double and one in single precision on purpose: the roundings are fixed.
-    [[nodiscard, gnu::always_inline]] inline typename Lanes::Floats8 Of(int part) const {
+    /// Where a row has no cell the result means nothing: 0 if the uplift is finite.
+    [[nodiscard, gnu::always_inline]] inline Floats8 Of(int part) const noexcept {
         const std::ptrdiff_t at = std::ptrdiff_t{part} * kPartWidth;
         const Doubles8 nearU = Lanes::Load8(m_view.rows.nearWeight + at);
         const Doubles8 wideU = Lanes::Load8(m_view.rows.wideWeight + at);
@@ -67,15 +78,13 @@ public:
         return Lanes::Rounded8(nearNear + farNear + nearFar + Lanes::LoadWidened8(m_farFar + at));
     }
     /// The same where the grid has cells, `elsewhere` where not.
-    [[nodiscard]] typename Lanes::Floats8 Of(int part, typename Lanes::Floats8 elsewhere) const {
+    [[nodiscard]] Floats8 Of(int part, Floats8 elsewhere) const noexcept {
         return Lanes::SelectNotNegative8(m_view.rows.cell + std::ptrdiff_t{part} * kPartWidth, Of(part), elsewhere);
     }
 
 private:
-    using Doubles8 = typename Lanes::Doubles8;
-
     Doubles8 m_nearT, m_wideT;
-    alignas(64) float m_farFar[kFetched<Lanes>];
+    alignas(64) float m_farFar[kFetched<Lanes>];  ///< the fourth product, in single precision
     const LatticeView<Lanes>& m_view;
     const ColumnValues<Lanes>&m_near, &m_far;
 };

@@ -2,27 +2,22 @@
 
 #include <cstddef>
 
-#include "kajiura/FilterKernels.h"
 #include "kajiura/LatticeAxis.h"
+#include "kajiura/SampledGrid.h"
 
 namespace tidora {
 
-/// Eight positions of a lattice column are one part: so many are interpolated at a time. The last position belongs to
-/// the disc in the middle column alone; like the other two tips that stand alone in their column it is taken by itself.
-inline constexpr int kPartWidth = 8;
-inline constexpr int kParts = (kLatticeWidth - 1) / kPartWidth;
-
-/// So many loads of whole vectors bring what a column needs of a grid column.
+/// So many loads of whole vectors bring what a lattice column needs of a grid column.
 template <typename Lanes>
 inline constexpr int kFetches = (kParts * kPartWidth + Lanes::kFloats - 1) / Lanes::kFloats;
 template <typename Lanes>
 inline constexpr int kFetched = kFetches<Lanes>* Lanes::kFloats;
 
-/// All bits after the last part.
+/// All bits set after the last part: as cells, none.
 template <typename Lanes>
 struct NoPosition {
     int lanes[kFetched<Lanes>] = {};
-    constexpr NoPosition() {
+    constexpr NoPosition() noexcept {
         for (int at = kParts * kPartWidth; at < kFetched<Lanes>; ++at) {
             lanes[at] = -1;
         }
@@ -33,7 +28,7 @@ inline constexpr NoPosition<Lanes> kNoPosition = {};
 
 /// Where the values at the lattice's rows lie in a grid column. The cells of neighbouring positions lie close to each
 /// other: two loads and a permutation bring the values of a vector, unless the lattice is about twice as wide as the
-/// grid.
+/// grid. Integers; any alignment.
 template <typename Lanes>
 struct RowPlaces {  // NOLINT(cppcoreguidelines-pro-type-member-init): Fill() fills it
     static constexpr int kFloats = Lanes::kFloats;
@@ -44,16 +39,16 @@ struct RowPlaces {  // NOLINT(cppcoreguidelines-pro-type-member-init): Fill() fi
     int lastPlain;  ///< the last grid column that has 2 kFloats values from each `first`, with all corners among them
     bool hasCells;  ///< any row has
 
-    void Fill(const LatticeAxis<Lanes>& rows, int nx, int ny) {
+    void Fill(const LatticeAxis<Lanes>& rows, const GridShape& shape) noexcept {
         int furthest = 0;
         int widest = 0;
         hasCells = false;
-#pragma GCC unroll 5
+#pragma GCC unroll 10
         for (int fetch = 0; fetch < kFetches<Lanes>; ++fetch) {
             const int begin = fetch * kFloats;
             const auto cells = Lanes::Or(Lanes::LoadIntegers(rows.cell + begin),
                                          Lanes::LoadIntegers(kNoPosition<Lanes>.lanes + begin));
-            const int least = Lanes::LeastOf(cells);
+            const int least = Lanes::LeastOf(cells);  // -1 only where all are
             hasCells = hasCells || least >= 0;
             first[fetch] = least >= 0 ? least : 0;
             const auto offsets = Lanes::NotNegative(Lanes::Minus(cells, first[fetch]));
@@ -65,19 +60,22 @@ struct RowPlaces {  // NOLINT(cppcoreguidelines-pro-type-member-init): Fill() fi
         }
         // Values after a column's end are not picked, but they are read: not after the end of the grid.
         constexpr int kLoaded = 2 * kFloats;
-        const std::ptrdiff_t spare = static_cast<std::ptrdiff_t>(nx) * ny - furthest - kLoaded;
-        lastPlain = widest + 1 < kLoaded && spare >= 0 ? static_cast<int>(spare / ny) : -1;
+        const std::ptrdiff_t spare = static_cast<std::ptrdiff_t>(shape.nx) * shape.ny - furthest - kLoaded;
+        lastPlain = widest + 1 < kLoaded && spare >= 0 ? static_cast<int>(spare / shape.ny) : -1;
     }
 };
 
-/// The corner values of one grid column at the lattice's rows: of the cell's near and of its far row.
+/// The corner values of one grid column at the lattice's rows: of the cell's near and of its far row. Copies: any bits
+/// stay. The size is a power of two with the lattice of 41 rows, so that the address of either of two takes one
+/// instruction.
 template <typename Lanes>
-struct alignas(512) ColumnValues {  // the size is a power of two: the address of either takes one instruction
+struct alignas(512) ColumnValues {
     alignas(64) float nearRow[kFetched<Lanes>];
     alignas(64) float farRow[kFetched<Lanes>];
 
-    void Fill(const float* from, const RowPlaces<Lanes>& places, bool isPlain) {
-#pragma GCC unroll 5
+    /// from: the grid column; isPlain: it is not after RowPlaces::lastPlain.
+    void Fill(const float* from, const RowPlaces<Lanes>& places, bool isPlain) noexcept {
+#pragma GCC unroll 10
         for (int fetch = 0; fetch < kFetches<Lanes>; ++fetch) {
             const int begin = fetch * Lanes::kFloats;
             const float* const first = from + places.first[fetch];
@@ -102,29 +100,30 @@ struct alignas(512) ColumnValues {  // the size is a power of two: the address o
 template <typename Lanes>
 class CellColumns {
 public:
-    explicit CellColumns(ColumnValues<Lanes> (&values)[2]) : m_values(values) {}
+    explicit CellColumns(ColumnValues<Lanes> (&values)[2]) noexcept : m_values(values) {}
 
     /// Consecutive lattice columns mostly share grid columns, or follow one another's.
-    [[gnu::always_inline]] inline void MoveTo(int cell, const LatticeGrid& grid, const RowPlaces<Lanes>& places) {
+    [[gnu::always_inline]] inline void MoveTo(int cell, const SampledGrid& grid,
+                                              const RowPlaces<Lanes>& places) noexcept {
         if (cell == m_column) {
             return;
         }
-        const float* const from = grid.values + static_cast<std::ptrdiff_t>(cell) * grid.ny;
+        const float* const from = grid.values + static_cast<std::ptrdiff_t>(cell) * grid.shape.ny;
         if (cell == m_column + 1) {
-            m_near ^= 1U;
+            m_near ^= 1U;  // what was far is near
         } else {
             m_values[m_near].Fill(from, places, cell <= places.lastPlain);
         }
-        m_values[m_near ^ 1U].Fill(from + grid.ny, places, cell < places.lastPlain);
+        m_values[m_near ^ 1U].Fill(from + grid.shape.ny, places, cell < places.lastPlain);
         m_column = cell;
     }
-    [[nodiscard]] const ColumnValues<Lanes>& Near() const { return m_values[m_near]; }
-    [[nodiscard]] const ColumnValues<Lanes>& Far() const { return m_values[m_near ^ 1U]; }
+    [[nodiscard]] const ColumnValues<Lanes>& Near() const noexcept { return m_values[m_near]; }
+    [[nodiscard]] const ColumnValues<Lanes>& Far() const noexcept { return m_values[m_near ^ 1U]; }
 
 private:
     ColumnValues<Lanes>* m_values;
     std::size_t m_near = 0;
-    int m_column = -2;  ///< the near one; none yet
+    int m_column = -2;  ///< the near one; none yet, nor the one before the first
 };
 
 }  // namespace tidora

@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "grid/GridShape.h"
 #include "kajiura/KajiuraFilter.h"
 #include "region/Region.h"
 
@@ -26,22 +27,20 @@ void AddParentSnapshots(const std::vector<InstantVal2d>& a, const std::vector<In
 int Region::KajiuraFilterNesting(const float* depth, int parentNumber, int pnx, int pny, double porg_x, double porg_y,
                                  float pdx, const std::vector<InstantVal2d>& parentA,
                                  const std::vector<InstantVal2d>& parentB) {
-    const bool hasParent = parentNumber > 0;
-    const std::size_t parentSize =
-        pnx >= 1 && pny >= 1 ? static_cast<std::size_t>(pnx) * static_cast<std::size_t>(pny) : 0;
-    const SampledGrid uplift = {nx, ny, org_x, org_y, dx, valWork};
-    const SampledGrid parent = {pnx, pny, porg_x, porg_y, pdx, parentValWork};
+    const SampledGrid uplift = {ShapeOf(*this), valWork};
+    const SampledGrid parent = {{pnx, pny, porg_x, porg_y, pdx}, parentValWork};
+    const std::size_t parentSize = parent.shape.Size();
+    const bool hasParent = parentNumber > 0 && parentSize > 0;
     for (std::size_t k = 0; k < instants.size(); ++k) {
         assert(valWork != nullptr && (parentSize == 0 || parentValWork != nullptr));
         std::copy_n(instants[k].val, instants[k].num, valWork);
-        if (parentSize > 0) {
-            if (hasParent) {
-                AddParentSnapshots(parentA, parentB, k, parentSize, parentValWork);
-            } else {
-                std::fill_n(parentValWork, parentSize, 0.0F);
-            }
+        if (hasParent) {
+            AddParentSnapshots(parentA, parentB, k, parentSize, parentValWork);
+        } else {
+            // Of no use here, but part of what the method does with the caller's array.
+            std::fill_n(parentValWork, parentSize, 0.0F);
         }
-        FilterUplift(uplift, hasParent && parentSize > 0 ? &parent : nullptr, depth, instants[k].val);
+        FilterUplift(uplift, hasParent ? &parent : nullptr, depth, instants[k].val);
     }
     return 1;
 }

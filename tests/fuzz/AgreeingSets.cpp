@@ -335,22 +335,22 @@ std::string CompareDeformations(const Scene& scene) {
 std::string CompareFilters(Bytes& in) {
     std::vector<float> uplift, topography, parentUplift;
     tidora::SampledGrid grid, parent;
-    grid.nx = 1 + static_cast<int>(in.Byte() % 8);
-    grid.ny = 1 + static_cast<int>(in.Byte() % 8);
-    grid.dx = static_cast<float>(in.Between(100.0, 5000.0));
-    grid.orgX = in.Between(-1e4, 1e4);
-    grid.orgY = in.Between(-1e4, 1e4);
-    parent.nx = 2 + static_cast<int>(in.Byte() % 5);
-    parent.ny = 2 + static_cast<int>(in.Byte() % 5);
-    parent.dx = 3.0F * grid.dx;
-    parent.orgX = grid.orgX - in.Between(-2e4, 2e4);
-    parent.orgY = grid.orgY - in.Between(-2e4, 2e4);
+    grid.shape.nx = 1 + static_cast<int>(in.Byte() % 8);
+    grid.shape.ny = 1 + static_cast<int>(in.Byte() % 8);
+    grid.shape.dx = static_cast<float>(in.Between(100.0, 5000.0));
+    grid.shape.orgX = in.Between(-1e4, 1e4);
+    grid.shape.orgY = in.Between(-1e4, 1e4);
+    parent.shape.nx = 2 + static_cast<int>(in.Byte() % 5);
+    parent.shape.ny = 2 + static_cast<int>(in.Byte() % 5);
+    parent.shape.dx = 3.0F * grid.shape.dx;
+    parent.shape.orgX = grid.shape.orgX - in.Between(-2e4, 2e4);
+    parent.shape.orgY = grid.shape.orgY - in.Between(-2e4, 2e4);
     const bool hasParent = in.OneIn(2);
-    for (int at = 0; at < grid.nx * grid.ny; ++at) {
+    for (int at = 0; at < grid.shape.nx * grid.shape.ny; ++at) {
         uplift.push_back(in.OrRaw(in.Between(-3.0, 3.0)));
         topography.push_back(in.OneIn(4) ? in.OrRaw(in.Between(-30.0, 10.0)) : in.OrRaw(in.Between(-8000.0, 0.0)));
     }
-    for (int at = 0; at < parent.nx * parent.ny; ++at) {
+    for (int at = 0; at < parent.shape.nx * parent.shape.ny; ++at) {
         parentUplift.push_back(in.OrRaw(in.Between(-3.0, 3.0)));
     }
     grid.values = uplift.data();

@@ -228,7 +228,7 @@ TEST_CASE("a grid without columns or rows is left alone") {
         CAPTURE(size.first);
         CAPTURE(size.second);
         float result[] = {3.0F, 4.0F};
-        tidora::FilterUplift({size.first, size.second, 0.0, 0.0, 10.0F, values}, nullptr, topography, result);
+        tidora::FilterUplift({{size.first, size.second, 0.0, 0.0, 10.0F}, values}, nullptr, topography, result);
         CHECK(result[0] == 3.0F);
         CHECK(result[1] == 4.0F);
     }
