@@ -176,10 +176,11 @@ void RunSequence::PrepareRegion(RegionSet& set) {
     }
     std::cout << std::endl;
     if (HasFilter()) {
-        const std::uint64_t parentSize = grid.parentNo > 0 ? SizeOf(m_topography.at(grid.parentNo)) : 1;
-        m_parentWork.assign(parentSize, 0.0F);
         set.initialWave.valWork = new float[SizeOf(grid)]();
-        set.initialWave.parentValWork = m_parentWork.data();
+        if (grid.parentNo > 0) {
+            m_parentWork.assign(SizeOf(m_topography.at(grid.parentNo)), 0.0F);
+            set.initialWave.parentValWork = m_parentWork.data();
+        }
     }
 }
 
@@ -249,8 +250,7 @@ RunCode RunSequence::Filter(RegionSet& set) {
                                                       parent.org_y, parent.dx, m_vertical.at(parentNo).instants,
                                                       m_horizontal.at(parentNo).instants);
     } else {
-        const float noSpacing = 100.0F;
-        isDone = set.initialWave.KajiuraFilterNesting(set.topography.val, parentNo, 1, 1, 0.0, 0.0, noSpacing, {}, {});
+        isDone = set.initialWave.KajiuraFilterNesting(set.topography.val, 0, 0, 0, 0.0, 0.0, 0.0F, {}, {});
     }
     if (isDone == 0) {
         return RunCode::KajiuraFilter;
