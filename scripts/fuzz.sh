@@ -2,13 +2,21 @@
 # Feeds the readers with inputs that nobody wrote, under sanitizers: fuzzers of tests/fuzz, built by preset "fuzz".
 #   scripts/fuzz.sh SECONDS            every fuzzer, SECONDS each
 #   scripts/fuzz.sh SECONDS SUBJECT... only these (Config, Fault, ...)
-# Seeds, what the fuzzers learnt and their findings stay in build-fuzz/. A second run goes on from the first.
+#   scripts/fuzz.sh 0                  the stored inputs alone, once each
+#   scripts/fuzz.sh --keep SECONDS ... and store what is new in tests/fuzz/corpus, as few inputs as reach the same
+# They start from tests/fuzz/corpus and from seeds cut from the examples. Seeds, what the fuzzers learnt and their
+# findings stay in build-fuzz/, a second run goes on from there; only --keep writes into the tree.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/quietly.sh
 
+keep=
+[ "${1-}" != --keep ] || {
+    keep=yes
+    shift
+}
 [ $# -ge 1 ] || {
-    echo "Usage: scripts/fuzz.sh SECONDS [SUBJECT]..." >&2
+    echo "Usage: scripts/fuzz.sh [--keep] SECONDS [SUBJECT]..." >&2
     exit 2
 }
 seconds=$1
@@ -17,6 +25,7 @@ subjects=("$@")
 [ $# -gt 0 ] || subjects=(Config Fault DynamicParam TextGrid BinaryGrid Number InstructionSets)
 
 work=$PWD/build-fuzz
+stored=tests/fuzz/corpus
 data=examples/tohoku2011/data
 
 # corner FILE COLUMNS ROWS: the first columns and rows of a text grid as a grid of its own.
@@ -74,24 +83,64 @@ longest() {
     esac
 }
 
-# fuzz SUBJECT: generous limits, so that only a reader that hangs or grows is a finding, on a busy machine too.
-fuzz() {
-    local subject=$1 corpus=$work/corpus/$1 log=$work/$1.log options
-    mkdir -p "$corpus" "$work/findings"
-    options=(-max_total_time="$seconds" -timeout=60 -rss_limit_mb=2048 -max_len="$(longest "$subject")"
-        -artifact_prefix="$work/findings/$subject-" -print_final_stats=1)
-    [[ $subject = BinaryGrid || $subject = InstructionSets ]] || options+=(-dict=tests/fuzz/text.dict)
-    quietly "$log" "$work/tests/fuzz/fuzz_$subject" "${options[@]}" "$corpus" "$work/seeds/$subject" || {
+# options SUBJECT: generous limits, so that only a reader that hangs or grows is a finding, on a busy machine too.
+options() {
+    printf '%s\n' -timeout=60 -rss_limit_mb=2048 "-max_len=$(longest "$1")" "-artifact_prefix=$work/findings/$1-"
+    # Words of the text formats.
+    case $1 in
+        BinaryGrid | InstructionSets) ;;
+        *) echo -dict=tests/fuzz/text.dict ;;
+    esac
+}
+
+# fuzzer SUBJECT OPTION...
+fuzzer() {
+    local subject=$1 words
+    shift
+    mapfile -t words < <(options "$subject")
+    quietly "$work/$subject.log" "$work/tests/fuzz/fuzz_$subject" "${words[@]}" "$@" || {
         echo "$subject: a finding in build-fuzz/findings/" >&2
         return 1
     }
+}
+
+# fuzz SUBJECT: the stored inputs once each, then new ones.
+fuzz() {
+    local subject=$1 corpus=$work/corpus/$1
+    mkdir -p "$corpus" "$work/findings"
+    [ -z "$keep" ] || mkdir -p "$stored/$subject"
+    fuzzer "$subject" -runs=0 "$stored/$subject"
+    printf '%-15s %9d stored inputs\n' "$subject" "$(find "$stored/$subject" -type f | wc -l)"
+    [ "$seconds" -gt 0 ] || return 0
+    fuzzer "$subject" -max_total_time="$seconds" -print_final_stats=1 "$corpus" "$stored/$subject" "$work/seeds/$subject"
     awk -v subject="$subject" '/^stat::number_of_executed_units:/ { n = $2 }
-        END { printf "%-15s %9d inputs\n", subject, n; exit n == 0 }' "$log"
+        END { printf "%-15s %9d inputs\n", subject, n; exit n == 0 }' "$work/$subject.log"
+}
+
+# keep SUBJECT: fewest and smallest inputs that reach what stored ones, learnt ones and seeds reach.
+keep() {
+    local subject=$1 fewest=$work/fewest/$1
+    rm -rf "$fewest"
+    mkdir -p "$fewest"
+    fuzzer "$subject" -merge=1 "$fewest" "$stored/$subject" "$work/corpus/$subject" "$work/seeds/$subject"
+    rm -rf "${stored:?}/$subject"
+    cp -R "$fewest" "$stored/$subject"
+    printf '%-15s %9d inputs kept, %s bytes\n' "$subject" "$(find "$fewest" -type f | wc -l)" \
+        "$(find "$fewest" -type f -exec cat {} + | wc -c)"
 }
 
 make_seeds
 failed=0
 for subject in "${subjects[@]}"; do
-    fuzz "$subject" || failed=1
+    # A function within a condition would go on after a failure: a shell of its own does not.
+    set +e
+    (
+        set -e
+        fuzz "$subject"
+        [ -z "$keep" ] || keep "$subject"
+    )
+    status=$?
+    set -e
+    [ "$status" -eq 0 ] || failed=1
 done
 exit "$failed"
