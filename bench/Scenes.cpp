@@ -89,7 +89,8 @@ DeformScene PlaneScene(int n, std::size_t elements) {
     scene.arguments.horizontalEffect = 1;
     const double middle = 1000.0 * n;
     for (std::size_t i = 0; i < elements; ++i) {
-        const auto row = static_cast<double>(i / 3);
+        const std::size_t rowNumber = i / 3;
+        const auto row = static_cast<double>(rowNumber);
         const auto column = static_cast<double>(i % 3);
         scene.fault.elements.push_back(
             Element(middle + 25e3 * column, middle + 1e5 - 50e3 * row, 50e3, 25e3, 3.0 + row));

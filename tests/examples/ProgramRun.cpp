@@ -52,7 +52,7 @@ private:
         }
     }
 
-    posix_spawn_file_actions_t m_actions;
+    posix_spawn_file_actions_t m_actions = {};
 };
 
 }  // namespace

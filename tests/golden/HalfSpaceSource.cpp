@@ -52,10 +52,11 @@ Twelve CornerSum(const Rectangle& source, Part part, double x, double y, double 
     std::array<int, 2> kxi{};
     std::array<int, 2> ket{};
     if (xi[0] < 0.0) {
-        kxi = {distance(xi[1], eta[0]) + xi[1] < kEpsilon, distance(xi[1], eta[1]) + xi[1] < kEpsilon};
+        kxi = {distance(xi[1], eta[0]) + xi[1] < kEpsilon ? 1 : 0, distance(xi[1], eta[1]) + xi[1] < kEpsilon ? 1 : 0};
     }
     if (eta[0] < 0.0) {
-        ket = {distance(xi[0], eta[1]) + eta[1] < kEpsilon, distance(xi[1], eta[1]) + eta[1] < kEpsilon};
+        ket = {distance(xi[0], eta[1]) + eta[1] < kEpsilon ? 1 : 0,
+               distance(xi[1], eta[1]) + eta[1] < kEpsilon ? 1 : 0};
     }
     Twelve sum{};
     for (std::size_t k = 0; k < 2; ++k) {

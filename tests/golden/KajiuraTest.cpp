@@ -65,7 +65,7 @@ std::vector<float> Filtered(const Grid& grid, const Field& uplift, const Field& 
         region.KajiuraFilterNesting(depth.val, 1, parent->nx, parent->ny, parent->orgX, parent->orgY, parent->dx,
                                     {Sampled(*parent, around)}, {Sampled(*parent, Nothing)});
     }
-    const std::vector<float> filtered(region.instants[0].val, region.instants[0].val + grid.Size());
+    std::vector<float> filtered(region.instants[0].val, region.instants[0].val + grid.Size());
     region.FreeVecMem();
     return filtered;
 }

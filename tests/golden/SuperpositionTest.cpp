@@ -53,7 +53,8 @@ TEST_CASE("many small rectangles add up to the large one") {
                     const double width = 8.0 / static_cast<double>(kColumns);
                     const double height = 6.0 / static_cast<double>(kRows);
                     const auto column = static_cast<double>(i % kColumns);
-                    const auto row = static_cast<double>(i / kColumns);
+                    const std::size_t rowNumber = i / kColumns;
+                    const auto row = static_cast<double>(rowNumber);
                     piece.along = {-4.0 + column * width, -4.0 + (column + 1.0) * width};
                     piece.up = {-3.0 + row * height, -3.0 + (row + 1.0) * height};
                     const Vec3 u = SurfaceDisplacement(piece, at);

@@ -24,7 +24,7 @@ std::string Objection(bool iniWaveSet, bool faultSet, bool topoDeform) {
 
 const std::string kMakeAChoice =
     ErrorBlock("PARAMETER FILE IS INCONSISTENCY",
-               {"You should make a choice between \"setting Ini Wave Heigh\" or setting \"Fault Parameter\"."});
+               {R"(You should make a choice between "setting Ini Wave Heigh" or setting "Fault Parameter".)"});
 
 }  // namespace
 

@@ -12,7 +12,8 @@ namespace {
 
 // A token of `length` characters.
 std::string Token(std::size_t length) {
-    return std::string(length, 'x');
+    std::string token(length, 'x');
+    return token;
 }
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {
