@@ -30,6 +30,19 @@ struct Scene {
     DynamicParam intervals;
     std::vector<InstantVal2d> vertical, horizontal;  ///< as they stand before the call: not all zero
 
+    /// Snapshots of zeros, for the intervals of elements that were put in place of the random ones.
+    void StartFromZeros() {
+        arguments.topo = topo.data();
+        intervals.params.clear();
+        fault.SetDynamicParam(intervals.params);
+        for (std::vector<InstantVal2d>* series : {&vertical, &horizontal}) {
+            series->resize(intervals.params.size());
+            for (InstantVal2d& snapshot : *series) {
+                snapshot.Reset(topo.size());
+            }
+        }
+    }
+
     /// rows: 0 for some. Their number leaves the extent of the grid as it is.
     Scene(unsigned seed, bool isGeographic, double tolerance, int rows = 0) {
         std::mt19937 random(seed);
@@ -195,7 +208,6 @@ TEST_CASE("the centre of a point source behind a column of finite ones takes the
         for (int at = 0; at < a.nx * a.ny; ++at) {
             scene.topo.push_back(static_cast<float>(-1000 - at * 7919 % 5000));
         }
-        a.topo = scene.topo.data();
         FAULT_PARAM element;
         element.org_x = 2000.0;
         element.org_y = 5000.0;  // nearer to the last row: the first one leaves the finite source first
@@ -207,12 +219,7 @@ TEST_CASE("the centre of a point source behind a column of finite ones takes the
         element.width = 5000.0;
         element.slip = 1.0;
         scene.fault.elements = {element, element};
-        for (std::vector<InstantVal2d>* series : {&scene.vertical, &scene.horizontal}) {
-            series->resize(1);
-            series->front().Reset(scene.topo.size());
-        }
-        scene.intervals.params.clear();
-        scene.fault.SetDynamicParam(scene.intervals.params);
+        scene.StartFromZeros();
         return scene;
     };
     Evaluations evaluations;
@@ -291,13 +298,7 @@ TEST_CASE("the window of a long element holds every point that its distance test
                 a.orgX = centreX + edge * 4143.0 - 100.0;
                 a.orgY = centreY - 30.0;
                 scene.topo.assign(static_cast<std::size_t>(a.nx) * static_cast<std::size_t>(a.ny), -3000.0F);
-                a.topo = scene.topo.data();
-                for (std::vector<InstantVal2d>* series : {&scene.vertical, &scene.horizontal}) {
-                    series->resize(1);
-                    series->front().Reset(scene.topo.size());
-                }
-                scene.intervals.params.clear();
-                scene.fault.SetDynamicParam(scene.intervals.params);
+                scene.StartFromZeros();
                 return scene;
             };
             Evaluations evaluations;
