@@ -118,7 +118,7 @@ private:
         CellColumns<Lanes> cells(values);
         // Columns east of the middle have the kernel of their mirror image.
         for (; i < kLatticeHalfWidth && i < end; ++i) {
-            m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);  // a column ahead: it is stored by its use
+            m_kernelColumns.Spread(m_kernel, kLatticeHalfWidth - i - 1);  // a column before its use
             FillColumnFromOwn(i, cells);
         }
         for (; i < end; ++i) {
