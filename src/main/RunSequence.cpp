@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <system_error>
 
 #include "main/RunChecks.h"
@@ -176,7 +177,8 @@ void RunSequence::PrepareRegion(RegionSet& set) {
     }
     std::cout << std::endl;
     if (HasFilter()) {
-        set.initialWave.valWork = new float[SizeOf(grid)]();
+        // The region's from here on: FreeVecMem releases it.
+        set.initialWave.valWork = std::make_unique<float[]>(SizeOf(grid)).release();
         if (grid.parentNo > 0) {
             m_parentWork.assign(SizeOf(m_topography.at(grid.parentNo)), 0.0F);
             set.initialWave.parentValWork = m_parentWork.data();
