@@ -137,8 +137,10 @@ DeformScene FarPointsScene(int n, bool isGeographic, bool withSlopes, double tol
     scene.arguments.orgY = middleY - halfExtent;
     const double perMetre = isGeographic ? 1.0e-5 : 1.0;  // about, of either co-ordinate
     for (int i = 0; i < 100; ++i) {
-        const double x = 10e3 * (i % 10 - 5) * perMetre;
-        scene.fault.elements.push_back(Element(middleX + x, middleY + 10e3 * (i / 10 - 5) * perMetre, 10e3, 10e3, 1.0));
+        const int column = i % 10;
+        const int row = i / 10;
+        const double x = middleX + 10e3 * (column - 5) * perMetre;
+        scene.fault.elements.push_back(Element(x, middleY + 10e3 * (row - 5) * perMetre, 10e3, 10e3, 1.0));
     }
     Finish(scene);
     return scene;

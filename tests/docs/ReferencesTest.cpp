@@ -27,7 +27,7 @@ std::vector<std::smatch> Matches(const std::string& text, const std::regex& patt
 
 std::vector<Entry> Entries(const std::string& references) {
     std::vector<Entry> entries;
-    const std::regex tag("\\n- \\*\\*\\[([A-Za-z0-9]+)\\]\\*\\*");
+    const std::regex tag(R"(\n- \*\*\[([A-Za-z0-9]+)\]\*\*)");
     const std::vector<std::smatch> found = Matches(references, tag);
     for (std::size_t i = 0; i < found.size(); ++i) {
         const auto begin = static_cast<std::size_t>(found[i].position(0)) + 1;
@@ -46,8 +46,8 @@ struct Citation {
 // "Okada (1985)", "Satake et al. (2013)", "(Clinger 1990, ...", "Okada (1985, 1992)" by its first year; of several
 // authors the last.
 std::vector<Citation> Citations(const std::string& text) {
-    const std::regex inParentheses("([A-Z][a-z]+)(?: et al\\.)? \\(((?:18|19|20)[0-9]{2})[,)]");
-    const std::regex bare("\\((?:[A-Z][a-z]+ and )?([A-Z][a-z]+) ((?:18|19|20)[0-9]{2})[,;)]");
+    const std::regex inParentheses(R"(([A-Z][a-z]+)(?: et al\.)? \(((?:18|19|20)[0-9]{2})[,)])");
+    const std::regex bare(R"(\((?:[A-Z][a-z]+ and )?([A-Z][a-z]+) ((?:18|19|20)[0-9]{2})[,;)])");
     std::vector<Citation> found;
     for (const std::regex& pattern : {inParentheses, bare}) {
         for (const std::smatch& match : Matches(text, pattern)) {
@@ -106,7 +106,7 @@ TEST_CASE("every file that a reference names speaks of its author") {
     for (const Entry& entry : entries) {
         CAPTURE(entry.tag);
         const std::string author = entry.tag == "ETOPO5" ? entry.tag : entry.tag.substr(0, entry.tag.size() - 4);
-        const std::vector<std::smatch> links = Matches(entry.text, std::regex("\\]\\(([^)]+)\\)"));
+        const std::vector<std::smatch> links = Matches(entry.text, std::regex(R"(\]\(([^)]+)\))"));
         CHECK(!links.empty());
         for (const std::smatch& link : links) {
             CAPTURE(link[1].str());

@@ -49,7 +49,7 @@ public:
     }
     /// The value, or now and then any float.
     float OrRaw(double value) { return OneIn(64) ? Raw() : static_cast<float>(value); }
-    bool AreLeft() const { return m_at != m_end; }
+    [[nodiscard]] bool AreLeft() const { return m_at != m_end; }
 
 private:
     const std::uint8_t* m_at;

@@ -12,8 +12,7 @@ namespace {
 
 // A token of `length` characters.
 std::string Token(std::size_t length) {
-    std::string token(length, 'x');
-    return token;
+    return std::string(length, 'x');
 }
 
 std::string Replaced(std::string text, const std::string& from, const std::string& to) {

@@ -21,6 +21,7 @@ void Append(std::string& bytes, const Value& value) {
 
 GridReading::GridReading(const std::string& path) : region(tidora::RTYPE_TOPOGRAPHY, RecordOf(path)) {
     const PrintedText printed;
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): after the capture has begun
     result = region.ReadFile();
     out = printed.Out();
     err = printed.Err();

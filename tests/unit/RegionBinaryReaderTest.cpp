@@ -25,6 +25,7 @@ GridReading ReadThroughPipe(const std::string& bytes) {
     const std::string path = folder.At("pipe.bin");
     REQUIRE(mkfifo(path.c_str(), 0600) == 0);
     std::thread writer([&path, &bytes] { std::ofstream(path, std::ios::binary) << bytes; });
+    // NOLINTNEXTLINE(cppcoreguidelines-special-member-functions): one scope, never copied
     struct Join {
         std::thread& thread;
         ~Join() { thread.join(); }

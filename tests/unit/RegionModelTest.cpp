@@ -13,7 +13,6 @@
 #include "config/ConfReader.h"
 #include "region/Region.h"
 
-using tidora::InstantVal2d;
 using tidora::isSameRegion;
 using tidora::PARAM_REGION;
 using tidora::Region;

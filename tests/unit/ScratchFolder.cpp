@@ -26,7 +26,7 @@ ScratchFolder::~ScratchFolder() {
 }
 
 std::string ScratchFolder::Write(const std::string& name, std::string_view bytes) const {
-    const std::string path = At(name);
+    std::string path = At(name);
     std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
