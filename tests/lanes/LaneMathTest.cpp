@@ -182,7 +182,7 @@ TEST_CASE("logarithms of ratios are as exact as their card says, from equal numb
                 if (above == below) {
                     return logarithm == 0.0 ? 0.0 : std::numeric_limits<double>::infinity();
                 }
-                const long double a = above, b = below;
+                const auto a = static_cast<long double>(above), b = static_cast<long double>(below);
                 const long double exact = 0.5L * b < a && a < 2.0L * b ? std::log1p((a - b) / b) : std::log(a / b);
                 return std::abs(static_cast<double>(static_cast<long double>(logarithm) - exact)) /
                        UlpOf(static_cast<double>(exact));
