@@ -34,6 +34,7 @@ double UlpOf(double value) {
 /// Four arrays, the parts of two numbers per lane.
 struct Parts {
     std::vector<double> values[4];
+    const double* pointers[4] = {};
 
     Parts() {
         for (std::vector<double>& part : values) {
@@ -42,13 +43,10 @@ struct Parts {
     }
     [[nodiscard]] const double* const (&Pointers())[4] {
         for (std::size_t n = 0; n < 4; ++n) {
-            m_pointers[n] = values[n].data();
+            pointers[n] = values[n].data();
         }
-        return m_pointers;
+        return pointers;
     }
-
-private:
-    const double* m_pointers[4] = {};
 };
 
 /// Numbers in [1, 2), and of any exponent within bounds.
