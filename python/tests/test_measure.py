@@ -15,7 +15,7 @@ from tidora.fields.shape import GridShape
 
 def test_all_cells_of_the_earth_have_the_area_of_the_ellipsoid():
     shape = GridShape(-179.5, -89.5, 360, 180, 1.0)
-    # GRS80: Moritz (2000), J. Geodesy 74, 128-162: authalic radius 6371007.1810 m.
+    # GRS80: Moritz (2000), J. Geodesy 74, from page 128 on: authalic radius 6371007.1810 m.
     expected = 4 * math.pi * 6371007.1810**2
     assert math.isclose(360 * cell_areas(shape, "geographic").sum(), expected, rel_tol=1e-9)
 

@@ -38,15 +38,14 @@ struct ColumnLoops {
     static void Sort(const SourceLimits& limits, const float* __restrict squaredDistance,
                      const std::uint8_t* __restrict isNear, std::size_t count, SourceKind* __restrict kinds) {
         const SourceLimits l = limits;
-        std::uint8_t* const __restrict codes = reinterpret_cast<std::uint8_t*>(kinds);
         for (std::size_t i = 0; i < count; ++i) {
             const bool isBeyond = squaredDistance[i] > l.point;
-            const bool isFinite = l.isFiniteOnly | (squaredDistance[i] <= l.finite);
-            codes[i] = static_cast<std::uint8_t>(isBeyond ? 0 : (isFinite ? 1 : 2));
+            const bool isFinite = l.isFiniteOnly || squaredDistance[i] <= l.finite;
+            kinds[i] = isBeyond ? SourceKind::None : (isFinite ? SourceKind::Finite : SourceKind::Point);
         }
         if (isNear != nullptr) {
             for (std::size_t i = 0; i < count; ++i) {
-                codes[i] = isNear[i] == 0 ? std::uint8_t{0} : codes[i];
+                kinds[i] = isNear[i] == 0 ? SourceKind::None : kinds[i];
             }
         }
     }

@@ -71,7 +71,7 @@ void ElementDeformation::AddBlock(const Stretch& block, bool isAllFinite, const 
 }
 
 ElementDeformation::Stretch ElementDeformation::Part(const Stretch& whole, std::size_t begin,
-                                                     std::size_t end) const noexcept {
+                                                     std::size_t end) noexcept {
     return {whole.ix, whole.firstRow + static_cast<int>(begin), end - begin, whole.at + begin};
 }
 

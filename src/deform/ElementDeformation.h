@@ -79,7 +79,7 @@ private:
         std::size_t at;  ///< index of the first one in the grid
     };
 
-    [[nodiscard]] Stretch Part(const Stretch& whole, std::size_t begin, std::size_t end) const noexcept;
+    [[nodiscard]] static Stretch Part(const Stretch& whole, std::size_t begin, std::size_t end) noexcept;
     [[nodiscard]] double EdgeDepthAt(std::size_t at) const noexcept;
     void AddBlock(const Stretch& block, bool isAllFinite, const std::uint8_t* isNear);
     void AddRun(const Stretch& stretch, const SourceRun& run);

@@ -52,6 +52,7 @@ public:
 private:
     static std::vector<double> LatitudesOf(const GridShape& grid) {
         std::vector<double> lat;
+        lat.reserve(static_cast<std::size_t>(grid.ny));
         for (int iy = 0; iy < grid.ny; ++iy) {
             lat.push_back(grid.Y(iy));
         }

@@ -146,6 +146,8 @@ private:
 
 }  // namespace
 
+// Not const, as published.
+// NOLINTNEXTLINE(readability-make-member-function-const)
 int Fault::Deform2D(float mu, float lambda, float horzMinDepth, double tolerance, int horizontalEffect,
                     int regionCoordType, int nx, int ny, double org_x, double org_y, float dx, const float* topo,
                     std::vector<InstantVal2d>& vertOut, std::vector<InstantVal2d>& horzOut, const DynamicParam& dyn) {

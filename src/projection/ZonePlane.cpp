@@ -18,7 +18,7 @@ constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 constexpr double kRadian = 0.017453292519943295;  ///< of a degree
 
-// GRS80: H. Moritz, Geodetic Reference System 1980, J. Geodesy 74 (2000), 128-133.
+// GRS80: H. Moritz, Geodetic Reference System 1980, J. Geodesy 74 (2000), from page 128 on.
 constexpr double kEquatorRadius = 6378137.0;  ///< m
 constexpr double kFlattening = 1.0 / 298.257222101;
 constexpr double kESquared = kFlattening * (2.0 - kFlattening);
