@@ -48,6 +48,14 @@ def arctan_rest(w):
     return (mp.atan(t) / t - 1) / w
 
 
+def arcsine_rest(w):
+    """(arcsin(v) / v - 1) / v^2 with v^2 = w"""
+    if w < mp.mpf(10) ** -12:
+        return mp.mpf(1) / 6 + 3 * w / 40
+    v = mp.sqrt(w)
+    return (mp.asin(v) / v - 1) / w
+
+
 class Polynomial:
     """A table of coefficients of x^0, x^1, ... that interpolates `function` at the Chebyshev points of [0, end]."""
 
@@ -94,10 +102,11 @@ class Polynomial:
         return max(abs(error) for _, error in extremes)
 
 
-# Their ends: a little short of the largest s^2, 0.04015, which costs nothing; tan^2(pi/8).
+# Their ends: a little short of the largest s^2, 0.04015, which costs nothing; tan^2(pi/8); the square of half a radius.
 POLYNOMIALS = [
     Polynomial("kArtanh", artanh_rest, 8, mp.mpf("0.0401"), LARGEST_S**2, mp.mpf("3.4e-19")),
     Polynomial("kArctan", arctan_rest, 11, TANGENT_OF_EIGHTH**2, TANGENT_OF_EIGHTH**2, mp.mpf("2.8e-18")),
+    Polynomial("kArcsine", arcsine_rest, 10, mp.mpf(1) / 4, mp.mpf(1) / 4, mp.mpf("7.3e-15")),
 ]
 
 CONSTANTS = {

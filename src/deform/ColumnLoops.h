@@ -102,6 +102,31 @@ struct ColumnLoops {
         }
     }
 
+    static void Turn(float sine, float cosine, const float* __restrict ux, const float* __restrict uy,
+                     std::size_t count, float* __restrict east, float* __restrict north) {
+        for (std::size_t i = 0; i < count; ++i) {
+            east[i] = cosine * ux[i] + sine * uy[i];
+            north[i] = -sine * ux[i] + cosine * uy[i];
+        }
+    }
+
+    static void TurnEach(const float* __restrict cosine, const float* __restrict sine, std::size_t count,
+                         float* __restrict east, float* __restrict north) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const float e = east[i];
+            east[i] = cosine[i] * e + sine[i] * north[i];
+            north[i] = cosine[i] * north[i] - sine[i] * e;
+        }
+    }
+
+    static void UpliftByFloor(const float* __restrict east, const float* __restrict north,
+                              const float* __restrict slopeX, const float* __restrict slopeY, std::size_t count,
+                              float* __restrict uplift) {
+        for (std::size_t i = 0; i < count; ++i) {
+            uplift[i] = east[i] * slopeX[i] + north[i] * slopeY[i];
+        }
+    }
+
     static float Largest(const float* __restrict values, std::size_t count, float atLeast) {
         constexpr std::size_t kSide = 32;  // as many maxima side by side: the loop makes vectors
         float largest[kSide];
@@ -144,8 +169,8 @@ private:
 template <typename Lanes>
 constexpr ColumnPasses MakeColumnPasses() noexcept {
     using Loops = ColumnLoops<Lanes>;
-    return {&Loops::Place,         &Loops::Sort,    &Loops::Depths, &Loops::MarkNear,
-            &Loops::UpliftBySlope, &Loops::Largest, &Loops::Add};
+    return {&Loops::Place, &Loops::Sort,     &Loops::Depths,        &Loops::MarkNear, &Loops::UpliftBySlope,
+            &Loops::Turn,  &Loops::TurnEach, &Loops::UpliftByFloor, &Loops::Largest,  &Loops::Add};
 }
 
 }  // namespace tidora

@@ -68,6 +68,14 @@ struct ColumnPasses {
     /// ux, uy: displacement in the frame of the element.
     void (*upliftBySlope)(const SlopedColumn& column, const float* ux, const float* uy, std::size_t count,
                           float* uplift);
+    /// From the frame of an element to east and north; sine and cosine as of the frame.
+    void (*turn)(float sine, float cosine, const float* ux, const float* uy, std::size_t count, float* east,
+                 float* north);
+    /// From east and north at the reference point to those at each point, in place; turns as of GlobeKernels.
+    void (*turnEach)(const float* cosine, const float* sine, std::size_t count, float* east, float* north);
+    /// east slopeX + north slopeY
+    void (*upliftByFloor)(const float* east, const float* north, const float* slopeX, const float* slopeY,
+                          std::size_t count, float* uplift);
     /// The largest of the values and of `atLeast`. What is not a number does not count.
     float (*largest)(const float* values, std::size_t count, float atLeast);
     /// sum += share * values

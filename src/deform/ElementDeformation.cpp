@@ -9,22 +9,17 @@ namespace {
 /// every call is on average half empty.
 constexpr std::size_t kLongStretch = 32;
 
-SourceLimits LimitsOf(const SourceReach& reach) noexcept {
-    return {LargestSquareWithin(reach.finite), LargestSquareWithin(reach.point), !reach.isSwitched};
-}
-
 }  // namespace
 
 ElementDeformation::ElementDeformation(const ElementSource& source, const SourceReach& reach, const ElementDepth& depth,
                                        const SlopeTerm& slope, const SeaFloor& floor, ElementBuffers& buffers) noexcept
     : m_source(source),
       m_limits(LimitsOf(reach)),
-      m_depth(depth),
+      m_depths(depth, source.CentroidBelowEdge()),
       m_slope(slope),
       m_floor(floor),
       m_buffers(buffers),
-      m_passes(DispatchedKernels<ColumnPassesOf>()),
-      m_lastEdgeDepth(depth.depth) {}
+      m_passes(DispatchedKernels<ColumnPassesOf>()) {}
 
 float ElementDeformation::AddTo(const std::vector<IntervalShare>& shares, GridPlane& plane, const PlanePoint& origin,
                                 const GridWindow& window) {
@@ -36,8 +31,7 @@ float ElementDeformation::AddTo(const std::vector<IntervalShare>& shares, GridPl
                                 m_source.cosTheta,
                                 m_source.CentroidAlongStrike(),
                                 m_source.CentroidToRight()};
-    // Points within this take the finite source whatever else is compared.
-    const float finiteLimit = m_limits.isFiniteOnly ? m_limits.point : std::min(m_limits.finite, m_limits.point);
+    const float finiteLimit = FiniteLimitOf(m_limits);
     for (int ix = window.firstColumn; ix < window.endColumn && !window.IsEmpty(); ++ix) {
         const ColumnPlaces places = plane.Column(ix, window);
         for (std::size_t from = 0; from < window.Rows(); from += ElementBuffers::kPoints) {
@@ -61,13 +55,8 @@ void ElementDeformation::AddBlock(const Stretch& block, bool isAllFinite, const 
         return;
     }
     m_passes.sort(m_limits, m_buffers.squaredDistance, isNear, block.count, m_buffers.kinds);
-    for (std::size_t begin = 0; begin < block.count;) {
-        const SourceRun run = RunFrom(begin, m_buffers.kinds, block.count);
-        if (run.kind != SourceKind::None) {
-            AddRun(Part(block, run.begin, run.end), run);
-        }
-        begin = run.end;
-    }
+    ForEachRun(m_buffers.kinds, block.count,
+               [&](const SourceRun& run) { AddRun(Part(block, run.begin, run.end), run); });
 }
 
 ElementDeformation::Stretch ElementDeformation::Part(const Stretch& whole, std::size_t begin,
@@ -78,7 +67,7 @@ ElementDeformation::Stretch ElementDeformation::Part(const Stretch& whole, std::
 /// The points of a run, which are those of `stretch`, in their order: the depth of a centre depends on it.
 void ElementDeformation::AddRun(const Stretch& stretch, const SourceRun& run) {
     ElementBuffers& b = m_buffers;
-    FillDepths(stretch, run.kind, b.depth);
+    m_depths.Fill(run.kind, m_floor.topography + stretch.at, stretch.count, b.depth);
     if (stretch.count < kLongStretch) {
         Enqueue(stretch, run, b.depth);
         return;
@@ -88,31 +77,6 @@ void ElementDeformation::AddRun(const Stretch& stretch, const SourceRun& run) {
                         (isFinite ? b.y : b.centroidY) + run.begin, b.depth});
     m_largest = m_passes.largest(b.uz, stretch.count, m_largest);
     AddStretch(stretch, 0);
-}
-
-/// Depth of the upper edge at a point of the grid, m, of an element that follows the floor.
-double ElementDeformation::EdgeDepthAt(std::size_t at) const noexcept {
-    return std::max(0.0, static_cast<double>(m_floor.topography[at]) + m_depth.baseOffset);
-}
-
-/// Depths of a stretch as its source takes them: of the upper edge, or of the centroid. That of a centroid is formed
-/// from the depth of the point evaluated before it, on purpose.
-/// Test: "the centroid depth of a point is that of the point evaluated before it".
-void ElementDeformation::FillDepths(const Stretch& stretch, SourceKind kind, float* depth) {
-    const float* const topography = m_floor.topography + stretch.at;
-    const bool isPoint = kind == SourceKind::Point;
-    const double below = isPoint ? m_source.CentroidBelowEdge() : 0.0;
-    if (!m_depth.followsFloor) {
-        std::fill_n(depth, stretch.count, static_cast<float>(m_lastEdgeDepth + below));
-        return;
-    }
-    if (isPoint) {
-        depth[0] = static_cast<float>(m_lastEdgeDepth + below);
-        m_passes.depths(m_depth.baseOffset, below, topography, stretch.count - 1, depth + 1);
-    } else {
-        m_passes.depths(m_depth.baseOffset, 0.0, topography, stretch.count, depth);
-    }
-    m_lastEdgeDepth = EdgeDepthAt(stretch.at + stretch.count - 1);
 }
 
 /// Hands the points of a short run to the queue of the source that they take.

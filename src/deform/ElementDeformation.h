@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "deform/ColumnPasses.h"
+#include "deform/EdgeDepths.h"
 #include "deform/ElementSource.h"
 #include "deform/GridPlane.h"
 #include "deform/SourceRuns.h"
@@ -22,13 +23,6 @@ struct SeaFloor {
 struct SlopeTerm {
     bool isOn = false;
     float leastDepth = 0.0F;  ///< it acts where the topography is below minus this, m
-};
-
-/// Depth of the upper edge of an element.
-struct ElementDepth {
-    double depth = 0.0;         ///< of the reference point, m: of a single element
-    double baseOffset = 0.0;    ///< below the topography, m: of one among several
-    bool followsFloor = false;  ///< one among several: max(0, topography + baseOffset) at each point
 };
 
 /// One interval's share of an element's slip, and the snapshots that take it, values of the whole grid.
@@ -80,10 +74,8 @@ private:
     };
 
     [[nodiscard]] static Stretch Part(const Stretch& whole, std::size_t begin, std::size_t end) noexcept;
-    [[nodiscard]] double EdgeDepthAt(std::size_t at) const noexcept;
     void AddBlock(const Stretch& block, bool isAllFinite, const std::uint8_t* isNear);
     void AddRun(const Stretch& stretch, const SourceRun& run);
-    void FillDepths(const Stretch& stretch, SourceKind kind, float* depth);
     void Enqueue(const Stretch& stretch, const SourceRun& run, const float* depth);
     void Flush(ElementBuffers::Queue& queue, SourceKind kind);
     void Displace(SourceKind kind, const SurfacePoints& points);
@@ -92,13 +84,12 @@ private:
 
     const ElementSource& m_source;
     SourceLimits m_limits;
-    ElementDepth m_depth;
+    EdgeDepths m_depths;
     SlopeTerm m_slope;
     const SeaFloor& m_floor;
     ElementBuffers& m_buffers;
     const ColumnPasses& m_passes;
     const std::vector<IntervalShare>* m_shares = nullptr;
-    double m_lastEdgeDepth;  ///< of the point evaluated last, in the order of the layout, m
     float m_largest = 0.0F;
 };
 

@@ -37,4 +37,12 @@ SourceRun RunFrom(std::size_t begin, const SourceKind* kinds, std::size_t count)
     return {kind, begin, end};
 }
 
+SourceLimits LimitsOf(const SourceReach& reach) noexcept {
+    return {LargestSquareWithin(reach.finite), LargestSquareWithin(reach.point), !reach.isSwitched};
+}
+
+float FiniteLimitOf(const SourceLimits& limits) noexcept {
+    return limits.isFiniteOnly ? limits.point : std::min(limits.finite, limits.point);
+}
+
 }  // namespace tidora

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "deform/SlipShares.h"
 #include "fault/RowFile.h"
 #include "grid/GridShape.h"
 #include "support/TextLines.h"
@@ -54,26 +55,7 @@ int DynamicParam::ReadFile(double timeLimit) {
 }
 
 float SlipShare(const DYNAMIC_PARAM& interval, double lagtime, double duration) noexcept {
-    // Exact comparisons throughout: the times come from one file, as the same texts.
-    const double start = interval.validTime;
-    const double end = start + interval.riseTime;
-    if (start == 0.0 && end == 0.0) {
-        return 1.0F;  // the static interval takes everything, whatever the element's timing
-    }
-    // The second case is that of an element that has ended when the interval starts.
-    // An element that starts exactly at the end of the interval is outside, on purpose: so an interval without length
-    // takes nothing from an element without duration that starts with it.
-    // Test: "an element that starts at the end of an interval of no length gives it nothing".
-    if (lagtime >= end || (start > lagtime && start >= lagtime + duration)) {
-        return 0.0F;
-    }
-    const double lo = std::max(lagtime, start);
-    const double hi = std::min(lagtime + duration, end);
-    if (lo == hi) {
-        return 1.0F;  // slip in no time within the interval, or an interval of no length within the slip
-    }
-    // Times that are not numbers, or run backward, share nothing.
-    return hi > lo ? static_cast<float>(static_cast<double>(static_cast<float>(hi - lo)) / duration) : 0.0F;
+    return ShareOfInterval(interval.validTime, interval.riseTime, {lagtime, duration});
 }
 
 int DynamicParam::CalcDynamicAct(int nx, int ny, double lagtime, double duration, const float* field,

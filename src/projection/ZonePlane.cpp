@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "globe/Ellipsoid.h"
 #include "projection/ProjSystems.h"
 #include "projection/UtmZone.h"
 #include "projection/ZonePlaneKernels.h"
@@ -16,12 +17,6 @@ namespace {
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
-constexpr double kRadian = 0.017453292519943295;  ///< of a degree
-
-// GRS80: H. Moritz, Geodetic Reference System 1980, J. Geodesy 74 (2000), from page 128 on.
-constexpr double kEquatorRadius = 6378137.0;  ///< m
-constexpr double kFlattening = 1.0 / 298.257222101;
-constexpr double kESquared = kFlattening * (2.0 - kFlattening);
 constexpr double kN = kFlattening / (2.0 - kFlattening);  ///< third flattening
 
 // UTM: the scale on the central meridian, and what keeps eastings positive.
@@ -126,8 +121,8 @@ bool PlaceRows(const ZonePlane& plane, double lonDeg, const double* latDeg, std:
 }  // namespace
 
 ConformalRows::ConformalRows(std::vector<double> latDeg) : m_latDeg(std::move(latDeg)) {
-    // Rows without a place, and the values that no row has, are a point of the equator: their partners in a step must
-    // not meet what is not a number.
+    // Rows without a place, and the values that no row has, are a point of the equator, which every formula can
+    // take.
     const std::size_t size = m_latDeg.size() + kZoneStepPoints;
     m_sine.assign(size, 0.0);
     m_cosine.assign(size, 1.0);

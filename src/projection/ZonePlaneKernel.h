@@ -41,29 +41,27 @@ namespace tidora {
 template <typename Lanes>
 class ZonePlaneKernel {
 public:
-    /// Two vectors a step, because every function of LaneMath takes two arguments and divides once for both. The last
-    /// bits of a point thus depend on its partner, so that the steps have their places in the grid, not in the part.
+    /// Whole vectors, the last ones of a column into a copy. A point shares its division with itself alone: its bits
+    /// are the same in every part of a grid, and alone.
     static void RunColumn(const ZoneColumnSource& column, const ZoneRowTables& rows, std::size_t first, std::size_t end,
                           double* x, double* y) noexcept {
-        static_assert(kStep <= kZoneStepPoints, "the last step reads beyond the last row");
-        for (std::size_t at = first / kStep * kStep; at < end; at += kStep) {
-            if (at >= first && at + kStep <= end) {
-                Step(column, rows, at, x + (at - first), y + (at - first));
-                continue;
-            }
-            double wholeX[kStep], wholeY[kStep];
-            Step(column, rows, at, wholeX, wholeY);
-            for (std::size_t lane = 0; lane < kStep; ++lane) {
-                if (at + lane >= first && at + lane < end) {
-                    x[at + lane - first] = wholeX[lane];
-                    y[at + lane - first] = wholeY[lane];
-                }
+        static_assert(kLanes <= kZoneStepPoints, "the last step reads beyond the last row");
+        std::size_t at = first;
+        for (; at + kLanes <= end; at += kLanes) {
+            Step(column, rows, at, x + (at - first), y + (at - first));
+        }
+        if (at < end) {
+            double lastX[kLanes], lastY[kLanes];
+            Step(column, rows, at, lastX, lastY);
+            for (std::size_t lane = 0; at + lane < end; ++lane) {
+                x[at + lane - first] = lastX[lane];
+                y[at + lane - first] = lastY[lane];
             }
         }
     }
 
 private:
-    static constexpr std::size_t kStep = 2 * Lanes::kDoubles;
+    static constexpr std::size_t kLanes = Lanes::kDoubles;
 
     using Math = LaneMath<Lanes>;
     using Doubles = typename Lanes::Doubles;
@@ -130,13 +128,9 @@ private:
 
     static void Step(const ZoneColumnSource& column, const ZoneRowTables& rows, std::size_t at, double* x,
                      double* y) noexcept {
-        constexpr std::size_t kLanes = Lanes::kDoubles;
-        const Sphere a = Load(column, rows, at), b = Load(column, rows, at + kLanes);
-        const auto turns = Math::Arguments(Turn(column, a), Turn(column, b));
-        const auto stretches = Math::Logs(Stretch(a), Stretch(b));
-        Finish(column, a, turns.first, stretches.first, Lanes::Load(rows.northing + at), x, y);
-        Finish(column, b, turns.second, stretches.second, Lanes::Load(rows.northing + at + kLanes), x + kLanes,
-               y + kLanes);
+        const Sphere p = Load(column, rows, at);
+        const auto both = Math::ArgumentAndLog(Turn(column, p), Stretch(p));
+        Finish(column, p, both.first, both.second, Lanes::Load(rows.northing + at), x, y);
     }
 };
 

@@ -18,9 +18,8 @@ struct ZoneColumnSource {
     double series[kKrugerTerms];
 };
 
-/// The most points of a step. A kernel reads whole steps, counted from the first row of the grid: the row tables end
-/// with as many values that no row has.
-inline constexpr std::size_t kZoneStepPoints = 16;
+/// The most points of a step. A kernel reads whole steps: the row tables end with as many values that no row has.
+inline constexpr std::size_t kZoneStepPoints = 8;
 
 /// What the points of a row share; all rows of a grid.
 struct ZoneRowTables {

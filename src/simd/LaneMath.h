@@ -65,20 +65,14 @@ struct LaneMath {
         return {Unfolded(first, a, t.first), Unfolded(second, b, t.second)};
     }
 
-private:
-    using Bits = typename Lanes::Bits;
-
-    /// A ratio times 2^-exponent, near 1, as the argument s of ln = 2 artanh(s).
-    struct ReducedRatio {
-        Fraction fraction;
-        Doubles exponent;
-    };
-    /// An angle within [-pi/8, pi/8] that an angle of the plane is folded to.
-    struct FoldedAngle {
-        Fraction fraction;  ///< its tangent
-        Mask isSteep;       ///< folded at the diagonal |im| = |re|
-        Mask isWide;        ///< and there again: pi/4 less
-    };
+    /// Argument of a complex number and logarithm of a ratio, in the ranges of both. Here the pair is of one point, so
+    /// that its bits do not depend on a neighbour.
+    static Pair ArgumentAndLog(const Complex& z, const Fraction& ratio) noexcept {
+        const FoldedAngle a = Folded(z);
+        const ReducedRatio b = Reduced(ratio);
+        const Pair q = Quotients(a.fraction, b.fraction);
+        return {Unfolded(z, a, q.first), LogOf(b.exponent, q.second)};
+    }
 
     /// Sum of coefficients[n] x^n; even and odd powers apart: two chains of half the length keep both multipliers busy.
     template <std::size_t kTerms>
@@ -95,6 +89,21 @@ private:
         }
         return Lanes::Fma(odd, x, even);
     }
+
+private:
+    using Bits = typename Lanes::Bits;
+
+    /// A ratio times 2^-exponent, near 1, as the argument s of ln = 2 artanh(s).
+    struct ReducedRatio {
+        Fraction fraction;
+        Doubles exponent;
+    };
+    /// An angle within [-pi/8, pi/8] that an angle of the plane is folded to.
+    struct FoldedAngle {
+        Fraction fraction;  ///< its tangent
+        Mask isSteep;       ///< folded at the diagonal |im| = |re|
+        Mask isWide;        ///< and there again: pi/4 less
+    };
 
     /// ln(n / d) = k ln 2 + 2 artanh((m - d) / (m + d)) with m = n 2^-k. The bits of a number, read as an integer, are
     /// its binary logarithm to within 0.0861 (scripts/polynomials.py); the difference of two, rounded to whole
