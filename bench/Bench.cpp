@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "EngineBench.h"
 #include "PairedRun.h"
 #include "Scenes.h"
 #include "TextRun.h"
@@ -219,7 +220,17 @@ void BenchFarPoints(const char* work, bool withSlopes) {
     PrintRatioOfAnySet(work, bench::Compare([&] { with.RunFast(); }, [&] { without.RunFast(); }), 0.5, false);
 }
 
-/// The same for other tolerances, on the plane and on degrees: a tolerance may never cost more than none.
+/// The engine beside the program.
+void BenchEngine() {
+    PrintRatioOfAnySet("engine, globe over plane, 1000 x 1000 x 10, uplift", bench::GlobeOverPlane(), 1.35, false);
+    PrintRatioOfAnySet("engine, globe over the bare kernel", bench::GlobeOverKernel(), 1.6, false);
+    const Ratio machine = bench::TwoKernelsInTurnOverSideBySide();
+    PrintRatioOfAnySet("engine, two threads over one, 1000 x 1000 x 50", bench::OneThreadOverTwo(),
+                       std::min(1.85, 0.95 * machine.median), true);
+    std::printf("    two bare kernels side by side over one after the other: %.2f\n", machine.median);
+}
+
+/// Cost of other tolerances, on the plane and on degrees: a tolerance may never cost more than none.
 void BenchToleranceSweep() {
     std::printf(
         "\ntolerance, 1000 x 1000 points, 100 elements of 10 km in the middle: time over that of tolerance 0\n");
@@ -325,6 +336,9 @@ int main(int argc, char** argv) {
         if (isWanted("far points")) {
             BenchFarPoints("far points, tolerance 0.001 m over none", false);
             BenchFarPoints("far points with slope term, tolerance 0.001 m over none", true);
+        }
+        if (isWanted("engine")) {
+            BenchEngine();
         }
     }
     tidora::ForceInstructionSet(tidora::AvailableInstructionSets().back());
