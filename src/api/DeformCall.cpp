@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -50,7 +51,7 @@ struct ElementRule {
     const char* breach;
 };
 
-constexpr double kAny = INFINITY;
+constexpr double kAny = std::numeric_limits<double>::infinity();
 constexpr ElementRule kElementRules[] = {
     {"elements.x", &tidora_element::x, -kAny, kAny, ""},
     {"elements.y", &tidora_element::y, -kAny, kAny, ""},

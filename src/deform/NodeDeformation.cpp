@@ -101,9 +101,9 @@ std::unique_ptr<FramePlan> PlanOf(const NodeTask& task, const Nodes& nodes, cons
 /// back for what was evaluated before it.
 class TileParts {
 public:
-    TileParts(const NodeTiles& tiles, bool dependOnOrder, int threads) noexcept
+    TileParts(const NodeTiles& tiles, bool dependOnOrder, std::size_t threads) noexcept
         : m_tiles(tiles.Count()),
-          m_perPart(!dependOnOrder ? 1 : std::max<std::size_t>(1, m_tiles / (kPartsPerThread * std::max(threads, 1)))) {
+          m_perPart(!dependOnOrder ? 1 : std::max<std::size_t>(1, m_tiles / (kPartsPerThread * threads))) {
         if (dependOnOrder && threads == 1) {
             m_perPart = std::max<std::size_t>(1, m_tiles);
         }
@@ -201,10 +201,12 @@ bool DeformNodes(const std::vector<FAULT_PARAM>& elements, const float* shares, 
     }
     const TileTask tileTask = {nodes, prepared.tiles, *plan, slopes ? &*slopes : nullptr, fields};
     const NodeTiles tiles(nodes.columns, nodes.rows, IsByColumn(task));
-    const int threads = static_cast<int>(std::clamp<std::size_t>(tiles.Count(), 1, ThreadCount(task.threads)));
+    const auto allowed = static_cast<std::size_t>(ThreadCount(task.threads));
+    const std::size_t threads = std::clamp<std::size_t>(tiles.Count(), 1, allowed);
     const TileParts parts(tiles, prepared.dependOnOrder, threads);
     WorkBoard board(parts.Count(), task.progress);
-    RunTeam(threads, board, [&] { TileWorker(tileTask, tiles, parts, prepared.dependOnOrder, board).Run(); });
+    RunTeam(static_cast<int>(threads), board,
+            [&] { TileWorker(tileTask, tiles, parts, prepared.dependOnOrder, board).Run(); });
     return !board.IsCancelled();
 }
 

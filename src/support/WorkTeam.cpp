@@ -108,12 +108,13 @@ void RunTeam(int threads, WorkBoard& board, const std::function<void()>& work) {
         failure = std::current_exception();
     }
     guarded(work);
-    for (std::unique_lock<std::mutex> lock(mutex); running > 0;) {
-        hasEnded.wait_for(lock, kCallEvery);
+    std::unique_lock<std::mutex> lock(mutex);
+    while (!hasEnded.wait_for(lock, kCallEvery, [&running] { return running == 0; })) {
         lock.unlock();
         guarded([&] { board.Poll(); });  // no part is left for this thread, but its callback goes on being asked
         lock.lock();
     }
+    lock.unlock();
     for (std::thread& other : others) {
         other.join();
     }
