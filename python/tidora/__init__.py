@@ -6,9 +6,10 @@
 """
 
 from .errors import FileError, TidoraError, TidoraWarning
+from .faults.making import make_faults
 from .faults.moment import seismic_moment
 from .faults.outlines import outlines
-from .faults.table import read_faults
+from .faults.table import read_faults, write_faults
 from .fields.series import snapshot, total
 from .formats.grid import open_grid, write_grid
 from .formats.series_list import open_series
@@ -18,6 +19,7 @@ __all__ = [
     "FileError",
     "TidoraError",
     "TidoraWarning",
+    "make_faults",
     "open_grid",
     "open_series",
     "outlines",
@@ -25,6 +27,7 @@ __all__ = [
     "seismic_moment",
     "snapshot",
     "total",
+    "write_faults",
     "write_grid",
 ]
 __version__ = VERSION

@@ -23,7 +23,8 @@ OPTIONS = {
     "variable": "--variable",
     "whole_sum": "--sum",
 }
-"""What the parameters that messages of the library name are called on the command line."""
+"""What the parameters that messages of the library name are called on the command line. What only Python gives keeps
+its name."""
 
 _LINES = ("--region", "--section")
 """Options whose value may start with a minus and be no single number."""
@@ -33,7 +34,7 @@ def in_options(message: Message) -> str:
     """A message of the library for somebody at the command line: its parameters under the names of their options."""
 
     def option(parameter: Parameter) -> str:
-        return f"{OPTIONS[parameter.name]} {parameter.value}".rstrip()
+        return f"{OPTIONS.get(parameter.name, parameter.name)} {parameter.value}".rstrip()
 
     return worded(message, option)
 

@@ -2,15 +2,18 @@
 
 from __future__ import annotations
 
+import itertools
 import os
 import warnings
+from typing import Mapping, Optional
 
 import numpy as np
 import xarray as xr
 
-from .. import text
-from ..errors import FileError, Parameter, Path, TidoraWarning
+from .. import arguments, text
+from ..errors import FileError, Parameter, Path, TidoraError, TidoraWarning
 from ..fields.kinds import GEOGRAPHIC, KINDS, PLANE
+from ..files import replacing
 
 _LEAST = 10
 """Columns of an element that has no time of its own."""
@@ -31,21 +34,36 @@ _COLUMNS = (
     ("duration", 12, "s", "how long it slips"),
 )
 
+NAMES = tuple(name for name, _, _, _ in _COLUMNS)
+"""Variables of a table."""
+
+TOP_START = "top start"
+"""The reference point of a table: where the upper edge begins, looking along strike."""
+
+REFERENCES = (TOP_START, "top centre", "centroid", "bottom start", "bottom centre", "noaa")
+"""Points of an element that may be given instead; noaa: the place of the bottom centre, the depth of the upper edge."""
+
+_UNUSED = itertools.repeat(0)
+"""The eleventh column."""
+
 
 def is_first_line(line: str) -> bool:
     """True for a line of at least ten columns."""
     return len(text.tokens(line)) >= _LEAST
 
 
-def read_faults(path: Path, coord: str) -> xr.Dataset:
+def read_faults(path: Path, coord: Optional[str] = None, *, reference: Optional[str] = None) -> xr.Dataset:
     """Elements of a fault file.
 
     Parameters
     ----------
     path : path
         Fault file.
-    coord : {'plane', 'geographic'}
-        Whether reference points are in metres or degrees; the file does not say it.
+    coord : {'plane', 'geographic'}, optional
+        Whether reference points are in metres or degrees; the file does not say it: without this it is guessed, with a
+        `TidoraWarning`.
+    reference : str, optional
+        The point of an element that the file gives. Fault files give the "top start", and nothing else can be said.
 
     Returns
     -------
@@ -57,9 +75,23 @@ def read_faults(path: Path, coord: str) -> xr.Dataset:
     ------
     FileError
         If a line has fewer than ten columns, or a column that counts starts with no number.
+    TidoraError
+        If `coord` or `reference` is something else.
     """
-    if coord not in KINDS:
-        raise ValueError(f"coord is one of {KINDS}, not {coord!r}")
+    arguments.path("path", path)
+    if coord is not None:
+        arguments.choice("coord", coord, KINDS)
+    if reference is not None and arguments.choice("reference", reference, REFERENCES) != TOP_START:
+        raise TidoraError((Parameter("reference"), f" is {TOP_START} in a fault file, not {reference}"))
+    rows, lines = _rows_of(path)
+    if coord is None:
+        coord = _guessed(path, rows)
+    table = make_table(dict(zip(NAMES, rows.T)), coord, {"source_file": os.path.basename(os.fspath(path))})
+    return table.assign_coords(line=("element", lines))
+
+
+def _rows_of(path: Path) -> tuple[np.ndarray, np.ndarray]:
+    """float64 (element, column) and the lines on which they stand."""
     rows, lines = [], []
     for line in text.bounded_lines(path, text.DATA_LINE):
         if line.is_comment:
@@ -70,17 +102,80 @@ def read_faults(path: Path, coord: str) -> xr.Dataset:
             raise FileError(path, f"an element has at least ten columns, not {what}", line.number)
         rows.append([_number(path, line.number, words, column, name) for name, column, _, _ in _COLUMNS])
         lines.append(line.number)
-    table = np.array(rows, dtype=np.float64).reshape(len(rows), len(_COLUMNS))
+    return np.array(rows, dtype=np.float64).reshape(len(rows), len(_COLUMNS)), np.array(lines, dtype=int)
+
+
+def make_table(values: Mapping[str, np.ndarray], coord: str, attrs: Mapping[str, str]) -> xr.Dataset:
+    """A table of elements.
+
+    Parameters
+    ----------
+    values : mapping
+        float64 (element,) for each of `NAMES`.
+    coord : str
+        `PLANE` or `GEOGRAPHIC`.
+    attrs : mapping
+        Of the table, beside ``coord``.
+    """
     units = {"x": "degrees_east", "y": "degrees_north"} if coord == GEOGRAPHIC else {"x": "m", "y": "m"}
     variables = {
-        name: ("element", table[:, at], {"units": unit or units[name], "long_name": meaning})
-        for at, (name, _, unit, meaning) in enumerate(_COLUMNS)
+        name: ("element", values[name], {"units": unit or units[name], "long_name": meaning})
+        for name, _, unit, meaning in _COLUMNS
     }
-    return xr.Dataset(
-        variables,
-        {"line": ("element", np.array(lines, dtype=int))},
-        {"coord": coord, "source_file": os.path.basename(os.fspath(path))},
-    )
+    return xr.Dataset(variables, attrs={"coord": coord, **attrs})
+
+
+def checked_columns(faults: xr.Dataset, name: str = "faults") -> dict[str, np.ndarray]:
+    """float64 (element,) for each of `NAMES`, of a table that somebody has made or changed.
+
+    Raises
+    ------
+    TypeError, TidoraError
+        If it is no table of elements, or has values that are no finite numbers.
+    """
+    if not isinstance(faults, xr.Dataset):
+        raise TypeError(f"{name} is a table of elements (xarray.Dataset), not {arguments.kind(faults)}")
+    if faults.attrs.get("coord") not in KINDS:
+        said = f" has no attribute coord that says one of {', '.join(KINDS)}"
+        raise TidoraError((Parameter(name), said))
+    columns = {}
+    for column in NAMES:
+        if column not in faults.variables or faults[column].dims != ("element",):
+            raise TidoraError((Parameter(name), f" has no variable {column} over element"))
+        values = faults[column].values
+        if values.dtype.kind not in "iuf":
+            raise TidoraError((Parameter(name), f": variable {column} holds no numbers"))
+        columns[column] = values.astype(np.float64)
+        wrong = np.flatnonzero(~np.isfinite(columns[column]))
+        if wrong.size:
+            said = f": {column} of element {wrong[0]} is {values[wrong[0]]}, no finite number ({wrong.size} such)"
+            raise TidoraError((Parameter(name), said))
+    return columns
+
+
+def write_faults(faults: xr.Dataset, path: Path) -> None:
+    """Writes a table of elements as a fault file of the program, with every digit.
+
+    Parameters
+    ----------
+    faults : xarray.Dataset
+        Of `read_faults` or `make_faults`. The file does not say whether it is in metres or degrees.
+    path : path
+        Appears when it is complete. Lines of thirteen columns, the eleventh of which the program ignores.
+
+    Raises
+    ------
+    TidoraError
+        If it is no table of elements, or has values that are no finite numbers.
+    FileError
+        If the file cannot be written.
+    """
+    columns = checked_columns(faults)
+    of_file = {column: columns[name] for name, column, _, _ in _COLUMNS}
+    with replacing(arguments.path("path", path)) as part, part.open("w", encoding="ascii", newline="\n") as file:
+        file.write("# y x base_offset depth strike dip rake length width slip - lag_time duration\n")
+        for row in zip(*(of_file[column].tolist() if column in of_file else _UNUSED for column in range(13))):
+            file.write(" ".join(map(repr, row)) + "\n")
 
 
 def _number(path: Path, line: int, words: list[str], column: int, name: str) -> float:
@@ -126,9 +221,13 @@ def guess_coord(path: Path) -> str:
     FileError
         As `read_faults`.
     """
-    table = read_faults(path, PLANE)
-    fits = bool(np.all(np.abs(table["y"].values) <= 90) and np.all(np.abs(table["x"].values) <= 360))
+    return _guessed(path, _rows_of(path)[0])
+
+
+def _guessed(path: Path, rows: np.ndarray) -> str:
+    x, y = rows[:, NAMES.index("x")], rows[:, NAMES.index("y")]
+    fits = bool(np.all(np.abs(y) <= 90) and np.all(np.abs(x) <= 360))
     kind = GEOGRAPHIC if fits else PLANE
     taken = f"{os.fspath(path)}: reference points taken as {'degrees' if fits else 'metres'} (say "
-    warnings.warn(TidoraWarning((taken, Parameter("coord", kind), " to be sure)")), stacklevel=2)
+    warnings.warn(TidoraWarning((taken, Parameter("coord", kind), " to be sure)")), stacklevel=3)
     return kind
