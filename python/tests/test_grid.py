@@ -6,7 +6,7 @@ import subprocess
 
 import numpy as np
 import pytest
-from conftest import DATA, DX, ROOT, binary_grid, smooth
+from conftest import DATA, DX, ROOT, binary_grid, series, smooth
 
 import tidora
 from tidora.fields.making import make_field
@@ -263,3 +263,24 @@ def test_the_dump_of_the_formats_page_reads_the_same(tmp_path):
     names = {"path": path}
     exec(code, names)
     assert np.array_equal(names["values"], tidora.open_grid(path, "geographic").values)
+
+
+def test_a_grid_of_any_format_is_opened_cut_and_resampled(tmp_path):
+    path = binary_grid(tmp_path / "a.bin", smooth(13, 25), (10.0, 20.0), 0.5)
+    whole = tidora.open_grid(path, "geographic")
+    whole.rename({"x": "lon", "y": "lat"}).isel(lat=slice(None, None, -1)).to_netcdf(tmp_path / "a.nc")
+    part = tidora.open_grid(tmp_path / "a.nc", region=(11, 13, 21, 22))
+    assert part.shape == (3, 5) and np.array_equal(part.values, whole.values[2:5, 2:7])
+    finer = tidora.open_grid(tmp_path / "a.nc", region=(11, 13, 21, 22), spacing=0.25)
+    assert finer.shape == (5, 9) and np.array_equal(finer.values[::2, ::2], part.values)
+    assert tidora.open_grid(path, "geographic", spacing=1).shape == (7, 13)
+    assert tidora.open_grid(series(tmp_path, [smooth(3, 4)], [0], [30]), "geographic").dims == ("time", "y", "x")
+
+
+def test_a_region_that_is_none_and_a_spacing_of_0_are_refused_by_their_names(tmp_path):
+    path = binary_grid(tmp_path / "a.bin", smooth(3, 4), (10.0, 20.0), 0.5)
+    for region in ((11, 10, 20, 21), (10, 11, 21, 20), (10, 11, 20)):
+        with pytest.raises(tidora.TidoraError, match="^region is west, east, south, north"):
+            tidora.open_grid(path, "geographic", region=region)
+    with pytest.raises(tidora.TidoraError, match="^spacing is above 0"):
+        tidora.open_grid(path, "geographic", spacing=0)
