@@ -11,7 +11,7 @@ import xarray as xr
 from conftest import DX, ROOT, binary_grid, series, smooth, tdr, tool
 
 import tidora
-from tidora.formats.netcdf import open as open_netcdf, write as write_netcdf
+from tidora.formats.netcdf import open as open_netcdf, write as write_netcdf, write_several
 from tidora.formats.registry import open_field
 
 ORIGINS = [
@@ -264,3 +264,16 @@ def test_a_long_series_is_converted_within_the_memory_of_two_snapshots(tmp_path)
         assert status == 0
         assert "Writing 10 of 20" in said.stderr  # progress, also where nobody draws a bar
     assert peaks[1000] - peaks[50] < 2 * 4 * 1000 * 1000 / 1024
+
+
+def test_layers_are_written_in_order_of_time_and_several_fields_into_one_file(tmp_path):
+    layers = [smooth(4, 5, seed) for seed in range(3)]
+    field = tidora.open_series(series(tmp_path, layers, [0, 30, 60], [30, 30, 30]), "geographic")
+    mixed = field.isel(time=[2, 0, 1])
+    write_several({"uz": mixed, "eta": 2 * mixed.assign_attrs(long_name="eta")}, tmp_path / "a.nc")
+    with xr.open_dataset(tmp_path / "a.nc") as back:
+        assert list(back.data_vars) == ["uz", "crs", "eta"] and back["time"].values.tolist() == [0, 30, 60]
+        assert np.array_equal(back["uz"].values, field.values)
+        assert np.array_equal(back["eta"].values, 2 * field.values)
+        assert back["eta"].attrs["grid_mapping"] == back["uz"].attrs["grid_mapping"] == "crs"
+    assert np.array_equal(open_field(tmp_path / "a.nc").values, 2 * field.values)  # eta by its name

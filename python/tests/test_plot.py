@@ -5,6 +5,7 @@ import re
 import matplotlib
 import numpy as np
 import pytest
+import xarray as xr
 from conftest import DATA, binary_grid, series, smooth, tdr
 
 matplotlib.use("Agg")
@@ -21,6 +22,7 @@ from tidora.plot.limits import colour_limit, nice, round_up  # noqa: E402
 from tidora.plot.maps import draw_map, metres  # noqa: E402
 from tidora.plot.overlay import Overlay  # noqa: E402
 from tidora.plot.section import draw_section  # noqa: E402
+from tidora.plot.titles import title_of  # noqa: E402
 
 
 def plane(values, org=(0.0, 0.0), dx=1000.0, kind="plane"):
@@ -237,3 +239,10 @@ def test_frames_of_a_single_grid_are_refused(tmp_path):
 def test_a_section_of_no_length_is_refused(tmp_path):
     with pytest.raises(tidora.TidoraError, match="two different ends"):
         draw_section(plane(smooth(5, 5)), tmp_path / "s.png", (100.0, 100.0, 100.0, 100.0))
+
+
+def test_the_title_of_a_sum_that_comes_from_no_file_begins_with_the_sum():
+    attrs = {"long_name": "eta", "intervals": 2, "time_span": (0.0, 60.0)}
+    field = xr.DataArray(np.zeros((2, 2)), dims=("y", "x"), attrs=attrs)
+    assert title_of(field) == "eta\nsum of 2 intervals, 0 s to 60 s"
+    assert title_of(field.assign_attrs(source_file="a.nc")) == "eta\na.nc: sum of 2 intervals, 0 s to 60 s"

@@ -17,7 +17,7 @@ from ..fields.shape import GridShape
 
 _X_NAMES = ("x", "lon", "longitude", "easting", "col")
 _Y_NAMES = ("y", "lat", "latitude", "northing", "row")
-_VALUE_NAMES = ("z", "elevation", "topo", "bathymetry", "band1", "height", "altitude", "depth")
+_VALUE_NAMES = ("z", "elevation", "topo", "bathymetry", "band1", "height", "altitude", "depth", "eta")
 
 
 def open(path: Path, coord: Optional[str] = None, variable: Optional[str] = None) -> xr.DataArray:

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import math
 from datetime import datetime, timezone
-from typing import Optional
+from typing import Mapping, Optional
 
 import netCDF4
 import numpy as np
@@ -45,23 +45,33 @@ def write(field: xr.DataArray, path: Path, options: Writing = Writing(), progres
     TidoraError
         If two intervals of a series start at the same time.
     """
-    shape = shape_of(field)
-    series = "time" in field.dims
-    if series:
-        starts = np.asarray(field["time"].values, float)
-        if np.any(np.diff(starts) <= 0):
-            raise TidoraError(
-                "two intervals start at the same time, which the time axis of CF does not allow; "
-                "convert single snapshots, or the sum"
-            )
+    return write_several({"z": field}, path, options, progress)
+
+
+def write_several(
+    fields: Mapping[str, xr.DataArray], path: Path, options: Writing = Writing(), progress: Step = no_progress
+) -> GridShape:
+    """Writes fields of the same nodes and times as variables of one file.
+
+    Parameters
+    ----------
+    fields : mapping
+        Names of the variables to fields, at least one; the last gives the file its title.
+    path, options, progress :
+        As `write`. Layers of all fields are told of. They are written in the order of their times.
+    """
+    fields = {name: _in_order_of_time(field) for name, field in fields.items()}
+    main = list(fields.values())[-1]
+    shape = shape_of(main)
     with replacing(path) as part:
         file = netCDF4.Dataset(part, "w", format="NETCDF4", clobber=True)
         try:
-            _write_globals(file, field, options.history)
-            _write_axes(file, field)
-            if series:
-                _write_times(file, field, options.epoch)
-            _write_values(file, field, shape, progress)
+            _write_globals(file, main, options.history)
+            _write_axes(file, main)
+            if "time" in main.dims:
+                _write_times(file, main, options.epoch)
+            for name, field in fields.items():
+                _write_values(file, name, field, shape, progress)
             file.close()
         except RuntimeError as error:
             UNCLOSED.append(file)
@@ -72,9 +82,23 @@ def write(field: xr.DataArray, path: Path, options: Writing = Writing(), progres
     return shape
 
 
-def _write_values(file: netCDF4.Dataset, field: xr.DataArray, shape: GridShape, progress: Step) -> None:
+def _in_order_of_time(field: xr.DataArray) -> xr.DataArray:
+    if "time" not in field.dims:
+        return field
+    starts = np.asarray(field["time"].values, float)
+    if np.any(np.diff(starts) < 0):
+        field = field.isel(time=np.argsort(starts, kind="stable"))
+    if np.unique(starts).size < starts.size:
+        raise TidoraError(
+            "two intervals start at the same time, which the time axis of CF does not allow; "
+            "convert single snapshots, or the sum"
+        )
+    return field
+
+
+def _write_values(file: netCDF4.Dataset, name: str, field: xr.DataArray, shape: GridShape, progress: Step) -> None:
     series = "time" in field.dims
-    variable = _create_values(file, field, shape)
+    variable = _create_values(file, name, field, shape)
     layers = [field.isel(time=layer) for layer in range(field.sizes["time"])] if series else [field]
     lowest, highest = math.inf, -math.inf
     for number, layer in enumerate(layers):
@@ -124,13 +148,13 @@ def _write_times(file: netCDF4.Dataset, field: xr.DataArray, epoch: Optional[dat
         rise[:] = np.asarray(field["rise_time"].values, float)
 
 
-def _create_values(file: netCDF4.Dataset, field: xr.DataArray, shape: GridShape) -> netCDF4.Variable:
+def _create_values(file: netCDF4.Dataset, name: str, field: xr.DataArray, shape: GridShape) -> netCDF4.Variable:
     crs = crs_of(field)
     rows = max(1, min(shape.ny, _CHUNK // shape.nx))
     chunks = (rows, min(shape.nx, _CHUNK))
     series = "time" in field.dims
     variable = file.createVariable(
-        "z",
+        name,
         "f4",
         field.dims,
         zlib=True,
@@ -163,9 +187,10 @@ def _create_values(file: netCDF4.Dataset, field: xr.DataArray, shape: GridShape)
             field.attrs["intervals"], *field.attrs["time_span"]
         )
     if crs is not None:
-        mapping = file.createVariable("crs", "i4", ())
-        mapping.setncatts({name: value for name, value in crs.to_cf().items() if value not in ("", None)})
-        # QGIS and GDAL look for the first of these, other programs for the second.
-        mapping.setncatts({"spatial_ref": crs.to_wkt("WKT1_GDAL"), "crs_wkt": crs.to_wkt()})
+        if "crs" not in file.variables:
+            mapping = file.createVariable("crs", "i4", ())
+            mapping.setncatts({key: value for key, value in crs.to_cf().items() if value not in ("", None)})
+            # QGIS and GDAL look for the first of these, other programs for the second.
+            mapping.setncatts({"spatial_ref": crs.to_wkt("WKT1_GDAL"), "crs_wkt": crs.to_wkt()})
         variable.grid_mapping = "crs"
     return variable

@@ -45,6 +45,8 @@ class Format:
     """Takes a whole series, and not only a grid."""
     increments: bool = False
     """Takes only a series of which it is known that its layers are what each interval adds."""
+    several: bool = False
+    """Takes several fields of the same nodes."""
     system: bool = False
     """Says in which reference system it is."""
     takes: tuple[str, ...] = ()
@@ -59,7 +61,7 @@ class Format:
 # fmt: off
 FORMATS: tuple[Format, ...] = (
     Format(".netcdf", "NetCDF", help="CF NetCDF, a whole series or one grid", reads=(".nc", ".grd", ".nc4"),
-           writes=(".nc",), series=True, system=True, takes=("epoch",)),
+           writes=(".nc",), series=True, several=True, system=True, takes=("epoch",)),
     Format(".dtopo", "dtopo", "GeoClaw dtopo", "GeoClaw dtopo of type 3", writes=(".tt3", ".dtopo", ".dtt3"),
            series=True, increments=True, takes=("step",)),
     Format(".esri_ascii", "ESRI ASCII", reads=(".asc", ".agr"), writes=(".asc",)),

@@ -18,7 +18,5 @@ def span_of(field: xr.DataArray) -> str:
 
 def title_of(field: xr.DataArray) -> str:
     """Two lines: what it is, and which part of it."""
-    lines = [field.attrs.get("long_name", ""), field.attrs.get("source_file", "")]
-    if span_of(field):
-        lines[1] += f": {span_of(field)}"
-    return "\n".join(lines)
+    second = ": ".join(filter(None, [field.attrs.get("source_file", ""), span_of(field)]))
+    return f"{field.attrs.get('long_name', '')}\n{second}"
