@@ -2,7 +2,10 @@
 
 import ast
 import inspect
+import os
 import re
+import subprocess
+import sys
 
 import pytest
 from conftest import ROOT
@@ -68,15 +71,9 @@ def test_the_library_names_no_option_and_prints_nothing(path):
 
 # Their names of parameters are computed: from a loop over names, or from what a caller says.
 COMPUTED = {
-    "arguments.py",
-    "binding.py",
-    "conversion.py",
-    "deform.py",
-    "kajiura.py",
-    "making.py",
-    "table.py",
+    "arguments.py", "binding.py", "conversion.py", "deform.py", "kajiura.py", "making.py", "nodes.py", "table.py",
     "where.py",
-}
+}  # fmt: skip
 
 
 def test_every_parameter_of_a_message_has_its_option_or_is_one_of_python_and_every_such_option_exists():
@@ -99,6 +96,15 @@ def test_every_parameter_of_a_message_has_its_option_or_is_one_of_python_and_eve
                 words |= {word.value for word in node.args if isinstance(word, ast.Constant)}
                 words |= {key.value.value for key in node.keywords if key.arg == "metavar"}
     assert set(OPTIONS.values()) <= words
+
+
+def test_importing_the_package_loads_no_library_and_needs_none():
+    script = (
+        "import tidora; from tidora.engine import binding; assert not binding._loaded; print(tidora.deform.__name__)"
+    )
+    environment = {**os.environ, "TIDORA_LIBRARY": "/no/such/library.so", "PYTHONPATH": str(ROOT / "python")}
+    done = subprocess.run([sys.executable, "-c", script], env=environment, capture_output=True, text=True)
+    assert (done.stdout, done.stderr) == ("deform\n", "")
 
 
 def test_the_packages_of_an_installation_are_those_of_the_folders():

@@ -1,10 +1,15 @@
-"""Reads, measures, draws and converts what Tidora reads and writes.
+"""Makes the initial sea surface of a tsunami; reads, measures, draws and converts what Tidora reads and writes.
 
 >>> import tidora
 >>> series = tidora.open_series("out/Tdr_japan.txt", coord="geographic")    # doctest: +SKIP
 >>> float(series.sum("time").max())                                         # doctest: +SKIP
 """
 
+from .engine.binding import library_path
+from .engine.deform import deform
+from .engine.kajiura import kajiura
+from .engine.source import source
+from .engine.where import grid, points
 from .errors import FileError, TidoraError, TidoraWarning
 from .faults.making import make_faults
 from .faults.moment import seismic_moment
@@ -19,13 +24,19 @@ __all__ = [
     "FileError",
     "TidoraError",
     "TidoraWarning",
+    "deform",
+    "grid",
+    "kajiura",
+    "library_path",
     "make_faults",
     "open_grid",
     "open_series",
     "outlines",
+    "points",
     "read_faults",
     "seismic_moment",
     "snapshot",
+    "source",
     "total",
     "write_faults",
     "write_grid",

@@ -1,0 +1,4 @@
+"""The engine: displacement, sea surface and their nodes, computed by the library of the project.
+
+Nothing here needs the library before it computes.
+"""
