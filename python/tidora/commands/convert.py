@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import argparse
 from datetime import datetime, timezone
-from fractions import Fraction
 from itertools import groupby
 from typing import Any
 
@@ -13,7 +12,7 @@ from ..formats.contract import Writing
 from ..formats.conversion import Layer, Request, Source, convert
 from ..formats.registry import FIELD, FORMATS
 from ..version import VERSION
-from .options import add_input_options, four_numbers, in_options, listed, positive
+from .options import add_input_options, in_options, listed, positive, region, spacing
 from .progress import progress
 
 
@@ -30,12 +29,12 @@ def add(commands: Any) -> None:
     what.add_argument("--sum", action="store_true", help="of a series, the sum of all intervals")
     parser.add_argument(
         "--region",
-        type=_region,
+        type=region,
         metavar="W/E/S/N",
         help="first and last nodes; with --crs of a plane "
         "either metres, or degrees: then the plane rectangle around them",
     )
-    parser.add_argument("--spacing", type=_spacing, metavar="D", help="of the result, 0.1 or 1/12")
+    parser.add_argument("--spacing", type=spacing, metavar="D", help="of the result, 0.1 or 1/12")
     parser.add_argument(
         "--crs",
         metavar="CODE",
@@ -74,23 +73,6 @@ def _endings_read() -> str:
     read = [form for form in FORMATS if form.holds == FIELD and form.reads]
     read.sort(key=lambda form: (form.series, form.system), reverse=True)
     return listed([form.reads[0] for form in read], "or")
-
-
-def _region(word: str) -> tuple[float, ...]:
-    values = four_numbers(word, ",", "/", "west/east/south/north")
-    if values[0] >= values[1] or values[2] >= values[3]:
-        raise argparse.ArgumentTypeError(f"{word}: west is below east, south below north")
-    return values
-
-
-def _spacing(word: str) -> Fraction:
-    try:
-        value = Fraction(word)
-    except (ValueError, ZeroDivisionError):
-        raise argparse.ArgumentTypeError(f"{word} is neither a number nor a fraction such as 1/12") from None
-    if value <= 0:
-        raise argparse.ArgumentTypeError(f"{word} is not above 0")
-    return value
 
 
 def _epoch(word: str) -> datetime:

@@ -10,18 +10,19 @@ from typing import Any, Callable, Optional, Sequence
 
 from ..errors import TidoraError, TidoraWarning, UsageError
 from ..version import VERSION
-from . import convert, info, plot, run
+from . import convert, info, plot, run, source
 from .options import in_options, joined
 
 
 def build_parser() -> argparse.ArgumentParser:
     """The command line of ``tdr``."""
     parser = argparse.ArgumentParser(
-        prog="tdr", description="Look at, measure and convert what Tidora reads and writes."
+        prog="tdr",
+        description="Make the initial sea surface of a tsunami; look at, measure, convert what Tidora reads, writes.",
     )
     parser.add_argument("--version", action="version", version=f"tdr {VERSION}")
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
-    for module in (info, plot, convert, run):
+    for module in (info, plot, convert, run, source):
         module.add(commands)
     return parser
 

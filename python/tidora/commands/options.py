@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import argparse
 import math
+from fractions import Fraction
 from typing import Sequence
 
 from ..errors import Message, Parameter, worded
@@ -12,14 +13,23 @@ from ..fields.kinds import KINDS
 OPTIONS = {
     "coord": "--coord",
     "crs": "--crs",
+    "depth": "--depth",
     "epoch": "--epoch",
+    "faults": "MODEL",
     "fill": "--fill",
+    "frame": "--frame",
+    "kajiura": "--kajiura",
     "region": "--region",
+    "slope": "--slope",
     "source": "IN",
     "spacing": "--spacing",
     "start": "--snapshot",
     "step": "--dt",
     "target": "OUT",
+    "threads": "--threads",
+    "times": "--times",
+    "tolerance": "--tolerance",
+    "topography": "TOPOGRAPHY",
     "variable": "--variable",
     "whole_sum": "--sum",
 }
@@ -72,6 +82,29 @@ def four_numbers(word: str, other: str, own: str, form: str) -> tuple[float, ...
     if len(values) != 4 or not all(math.isfinite(value) for value in values):
         raise argparse.ArgumentTypeError(f"{word} is not {form}")
     return values
+
+
+def region(word: str) -> tuple[float, ...]:
+    """West/east/south/north."""
+    values = four_numbers(word, ",", "/", "west/east/south/north")
+    if values[0] >= values[1] or values[2] >= values[3]:
+        raise argparse.ArgumentTypeError(f"{word}: west is below east, south below north")
+    return values
+
+
+def spacing(word: str) -> Fraction:
+    """A number above 0, or a fraction."""
+    try:
+        value = Fraction(word)
+    except (ValueError, ZeroDivisionError):
+        raise argparse.ArgumentTypeError(f"{word} is neither a number nor a fraction such as 1/12") from None
+    if value <= 0:
+        raise argparse.ArgumentTypeError(f"{word} is not above 0")
+    return value
+
+
+# They stand in what argparse says of a word that cannot be read.
+region.__name__, spacing.__name__ = "_region", "_spacing"
 
 
 def add_input_options(parser: argparse.ArgumentParser) -> None:

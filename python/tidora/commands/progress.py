@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import sys
 from contextlib import contextmanager
-from typing import Callable, Iterator
+from typing import Callable, Iterator, Optional
 
 
 @contextmanager
@@ -36,3 +36,19 @@ def progress(what: str, steps: int) -> Iterator[Callable[[str], None]]:
             print(f"{what} {done} of {steps} ({at})", file=sys.stderr, flush=True)
 
     yield step
+
+
+@contextmanager
+def fraction_bar(what: str) -> Iterator[Optional[Callable[[float], None]]]:
+    """What shows a fraction from 0 to 1 as a bar while standard error is a terminal; None when it is not."""
+    from rich.console import Console
+    from rich.progress import BarColumn, Progress, TaskProgressColumn, TextColumn, TimeRemainingColumn
+
+    console = Console(stderr=True)
+    if not console.is_terminal:
+        yield None
+        return
+    columns = (TextColumn("{task.description}"), BarColumn(), TaskProgressColumn(), TimeRemainingColumn())
+    with Progress(*columns, console=console, transient=True) as bar:
+        task = bar.add_task(what, total=1.0)
+        yield lambda fraction: bar.update(task, completed=fraction)
