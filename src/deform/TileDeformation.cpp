@@ -24,8 +24,12 @@ TileDeformation::TileDeformation(const TileTask& task)
                        task.fields.of[kSlopeUplift] != nullptr),
       m_passes(DispatchedKernels<ColumnPassesOf>()),
       m_places(task.plan.MakePlaces()),
-      m_sums(task.fields.layers * kComponents * kTileNodes),
       m_buffers(std::make_unique<Buffers>()) {
+    for (std::size_t c = 0; c < kComponents; ++c) {
+        m_slots[c] = m_slotCount;
+        m_slotCount += task.fields.of[c] != nullptr ? 1 : 0;
+    }
+    m_sums.resize(task.fields.layers * m_slotCount * kTileNodes);
     Forget();
 }
 
@@ -117,7 +121,8 @@ void TileDeformation::AddShares(const TileElement& element, const SourceRun& run
     for (const TileElement::Share& share : element.shares) {
         for (std::size_t c = 0; c < kComponents; ++c) {
             if (m_task.fields.of[c] != nullptr) {
-                m_passes.add(share.share, m_buffers->u[c], run.end - run.begin, Sums(share.layer, c) + run.begin);
+                m_passes.add(share.share, m_buffers->u[c], run.end - run.begin,
+                             m_sums.data() + SumsAt(share.layer, c) + run.begin);
             }
         }
     }
@@ -131,7 +136,7 @@ void TileDeformation::Close() const {
             if (field == nullptr) {
                 continue;
             }
-            const float* const sums = m_sums.data() + (layer * kComponents + c) * kTileNodes;
+            const float* const sums = m_sums.data() + SumsAt(layer, c);
             m_tile.ForEach([&](std::size_t n, std::size_t column, std::size_t row) {
                 field[layer * nodes.Size() + nodes.Index(column, row)] = sums[n];
             });
@@ -156,8 +161,8 @@ bool TileDeformation::PassBy(std::size_t element) {
     return false;
 }
 
-float* TileDeformation::Sums(std::size_t layer, std::size_t component) noexcept {
-    return m_sums.data() + (layer * kComponents + component) * kTileNodes;
+std::size_t TileDeformation::SumsAt(std::size_t layer, std::size_t component) const noexcept {
+    return (layer * m_slotCount + m_slots[component]) * kTileNodes;
 }
 
 }  // namespace tidora

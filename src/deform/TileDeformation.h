@@ -46,7 +46,8 @@ struct TileTask {
 };
 
 /// Sums the elements at the nodes of one tile after the other, in the order of the table: the co-ordinates of a tile
-/// are made once, its sums stay in the cache. One for each thread; 100 kB and 8 kB a layer.
+/// are made once, its sums stay in the cache. One for each thread; 100 kB and 2 kB a layer and
+/// component.
 class TileDeformation {
 public:
     explicit TileDeformation(const TileTask& task);
@@ -78,14 +79,16 @@ private:
     void AddRun(std::size_t element, const PlacedTile& placed, const SourceRun& run);
     void Displace(const TileElement& element, const PlacedTile& placed, const SourceRun& run);
     void AddShares(const TileElement& element, const SourceRun& run);
-    [[nodiscard]] float* Sums(std::size_t layer, std::size_t component) noexcept;
+    [[nodiscard]] std::size_t SumsAt(std::size_t layer, std::size_t component) const noexcept;
 
     const TileTask& m_task;
     bool m_withHorizontal;
     const ColumnPasses& m_passes;
     std::unique_ptr<TilePlaces> m_places;
-    std::vector<EdgeDepths> m_depths;  ///< of each element
-    std::vector<float> m_sums;         ///< layer by layer, component by component, node by node
+    std::vector<EdgeDepths> m_depths;                   ///< of each element
+    std::array<std::size_t, kComponents> m_slots = {};  ///< of the components that are wanted, in order
+    std::size_t m_slotCount = 0;
+    std::vector<float> m_sums;  ///< layer by layer, slot by slot, node by node
     std::unique_ptr<Buffers> m_buffers;
     NodeTile m_tile;
 };
