@@ -9,10 +9,9 @@
 #include "kajiura/UpliftMap.h"
 
 namespace tidora {
-namespace {
 
 /// Tells which discs have nothing to sum.
-class FlatDiscs {
+class ProgramFilter::FlatDiscs {
 public:
     FlatDiscs(const SampledGrid& own, const SampledGrid* parent) : m_own(own) {
         if (parent != nullptr) {
@@ -32,6 +31,8 @@ private:
     UpliftMap m_own;
     std::optional<UpliftMap> m_parent;
 };
+
+namespace {
 
 /// Gathers points into blocks, filters them and puts them where they belong.
 class FilterQueue {
@@ -70,14 +71,25 @@ private:
 
 }  // namespace
 
-void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const float* topography, float* result) {
-    const GridShape& shape = uplift.shape;
-    if (shape.Size() == 0) {
+ProgramFilter::ProgramFilter(const SampledGrid& uplift, const SampledGrid* parent)
+    : m_uplift(uplift), m_hasParent(parent != nullptr) {
+    if (parent != nullptr) {
+        m_parent = *parent;
+    }
+    if (uplift.shape.Size() > 0) {
+        m_flat = std::make_unique<const FlatDiscs>(uplift, parent);
+    }
+}
+
+ProgramFilter::~ProgramFilter() = default;
+
+void ProgramFilter::FilterColumns(int first, int end, const float* topography, float* result) const {
+    if (m_flat == nullptr) {
         return;
     }
-    const FlatDiscs flat(uplift, parent);
-    FilterQueue queue({uplift, parent, flat.IsOwnFinite()}, result);
-    for (int ix = 0; ix < shape.nx; ++ix) {
+    const GridShape& shape = m_uplift.shape;
+    FilterQueue queue({m_uplift, m_hasParent ? &m_parent : nullptr, m_flat->IsOwnFinite()}, result);
+    for (int ix = first; ix < end; ++ix) {
         for (int iy = 0; iy < shape.ny; ++iy) {
             const std::size_t at = shape.Index(ix, iy);
             if (!IsFiltered(topography[at])) {
@@ -85,7 +97,7 @@ void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const fl
             }
             const FilterPoint point = {static_cast<float>(shape.X(ix)), static_cast<float>(shape.Y(iy)),
                                        DiscOf(-topography[at])};
-            if (flat.Has(point)) {
+            if (m_flat->Has(point)) {
                 result[at] = 0.0F;
             } else {
                 queue.Add(point, at);
@@ -93,6 +105,10 @@ void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const fl
         }
     }
     queue.Flush();
+}
+
+void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const float* topography, float* result) {
+    ProgramFilter(uplift, parent).FilterColumns(0, uplift.shape.nx, topography, result);
 }
 
 }  // namespace tidora

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include "kajiura/SampledGrid.h"
 
 namespace tidora {
@@ -18,5 +20,28 @@ namespace tidora {
 /// overlap `uplift.values`. Single precision and a fixed order of the sum on purpose: the bits repeat, on every
 /// instruction set. Keeps no state: safe to call from several threads.
 void FilterUplift(const SampledGrid& uplift, const SampledGrid* parent, const float* topography, float* result);
+
+/// The same in parts, so that threads can share a grid: what is known of the uplift beforehand is found once. The bits
+/// are those of FilterUplift, for any cut into columns.
+class ProgramFilter {
+public:
+    /// The values of both grids outlive this.
+    ProgramFilter(const SampledGrid& uplift, const SampledGrid* parent);
+    ~ProgramFilter();
+    ProgramFilter(const ProgramFilter&) = delete;
+    ProgramFilter& operator=(const ProgramFilter&) = delete;
+
+    /// Columns [first, end) of the result; topography, result: whole fields, as for FilterUplift. Safe to call from
+    /// several threads for different columns. Nothing where the grid has no columns or rows.
+    void FilterColumns(int first, int end, const float* topography, float* result) const;
+
+private:
+    class FlatDiscs;
+
+    SampledGrid m_uplift;
+    SampledGrid m_parent;
+    bool m_hasParent;
+    std::unique_ptr<const FlatDiscs> m_flat;  ///< null: the grid has no columns or rows
+};
 
 }  // namespace tidora

@@ -8,6 +8,7 @@
 
 #include <doctest/doctest.h>
 
+#include "kajiura/KajiuraFilter.h"
 #include "parity/EveryInstructionSet.h"
 #include "reference/KajiuraReference.h"
 #include "unit/FilterCase.h"
@@ -297,5 +298,34 @@ TEST_CASE("the filter repeats the bits of its reference for spacings of 0 and be
         nesting.own.dx = 50.0F;
         nesting.parent.dx = dx;
         CHECK(DifferentBitsWithParentOrWithout(nesting) == 0);
+    }
+}
+
+TEST_CASE("the filter in parts of some columns has the bits of the filter of all columns") {
+    Random random(21);
+    Nesting nesting;
+    nesting.own = {37, 41, 100.0, -500.0, 50.0F};
+    nesting.topography = RandomTopography(random, nesting.own);
+    nesting.uplift = RandomSnapshots(random, nesting.own, 1);
+    nesting.parent = {30, 30, -700.0, -1200.0, 100.0F};
+    nesting.parentA = RandomSnapshots(random, nesting.parent, 1);
+    const tidora::SampledGrid own = {{37, 41, 100.0, -500.0, 50.0F}, nesting.uplift[0].val};
+    const tidora::SampledGrid parent = {{30, 30, -700.0, -1200.0, 100.0F}, nesting.parentA[0].val};
+    for (const tidora::SampledGrid* outer : {static_cast<const tidora::SampledGrid*>(nullptr), &parent}) {
+        ForEachInstructionSet([&] {
+            std::vector<float> whole(own.values, own.values + 37 * 41);
+            std::vector<float> parts = whole;
+            tidora::FilterUplift(own, outer, nesting.topography.data(), whole.data());
+            const tidora::ProgramFilter filter(own, outer);
+            const int cuts[] = {0, 1, 1, 5, 22, 36, 37};
+            for (int part = 5; part >= 0; --part) {
+                filter.FilterColumns(cuts[part], cuts[part + 1], nesting.topography.data(), parts.data());
+            }
+            int different = 0;
+            for (std::size_t at = 0; at < whole.size(); ++at) {
+                different += BitsOf(whole[at]) == BitsOf(parts[at]) ? 0 : 1;
+            }
+            CHECK(different == 0);
+        });
     }
 }
