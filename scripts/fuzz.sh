@@ -22,7 +22,7 @@ keep=
 seconds=$1
 shift
 subjects=("$@")
-[ $# -gt 0 ] || subjects=(Config Fault DynamicParam TextGrid BinaryGrid Number InstructionSets)
+[ $# -gt 0 ] || subjects=(Config Fault DynamicParam TextGrid BinaryGrid Number InstructionSets Interface)
 
 work=$PWD/build-fuzz
 stored=tests/fuzz/corpus
@@ -44,7 +44,7 @@ corner() {
 make_seeds() {
     local seeds=$work/seeds example name
     rm -rf "$seeds"
-    mkdir -p "$seeds"/{Config,Fault,DynamicParam,TextGrid,BinaryGrid,Number,InstructionSets}
+    mkdir -p "$seeds"/{Config,Fault,DynamicParam,TextGrid,BinaryGrid,Number,InstructionSets,Interface}
     for example in examples/*/TdrConf*.txt examples/*/*/TdrConf*.txt; do
         name=${example//\//-}
         cp "$example" "$seeds/Config/$name"
@@ -70,7 +70,7 @@ make_seeds() {
     gzip -cn "$data/tohoku_geo_5min.txt" >"$seeds/bytes"
     for name in 0 1 2 3 4 5 6 7; do
         { printf '%b' "\\$name" && head -c $((3000 * name + 1500)) "$seeds/bytes" | tail -c 1200; } \
-            >"$seeds/InstructionSets/$name"
+            | tee "$seeds/InstructionSets/$name" >"$seeds/Interface/$name"
     done
 }
 
@@ -88,7 +88,7 @@ options() {
     printf '%s\n' -timeout=60 -rss_limit_mb=2048 "-max_len=$(longest "$1")" "-artifact_prefix=$work/findings/$1-"
     # Words of the text formats.
     case $1 in
-        BinaryGrid | InstructionSets) ;;
+        BinaryGrid | InstructionSets | Interface) ;;
         *) echo -dict=tests/fuzz/text.dict ;;
     esac
 }

@@ -23,10 +23,10 @@ openers=(gmt gdal-bin netcdf-bin)
 case "${1-}" in
     "") ;;
     --python) packages+=("${python[@]}") ;;
-    --tests) packages+=(doctest-dev "${python[@]}" python3-pytest "${openers[@]}") ;;
+    --tests) packages+=(doctest-dev gfortran "${python[@]}" python3-pytest "${openers[@]}") ;;
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
-        packages+=(doctest-dev clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git)
+        packages+=(doctest-dev gfortran clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git)
         packages+=("${python[@]}" python3-pytest "${openers[@]}" black flake8 mypy)
         tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)
         ;;
@@ -37,10 +37,10 @@ other_systems() {
     cat >&2 <<'TEXT'
 Without apt-get the packages have to be installed by hand. Their names elsewhere:
   Fedora  dnf install gcc-c++ cmake ninja-build proj-devel
-          tests: doctest-devel    checks: clang clang-tools-extra compiler-rt valgrind ShellCheck git
+          tests: doctest-devel gcc-gfortran    checks: clang clang-tools-extra compiler-rt valgrind ShellCheck git
           tdr: python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio python3-rich
   Arch    pacman -S gcc cmake ninja proj
-          tests: doctest          checks: clang compiler-rt valgrind shellcheck git
+          tests: doctest gcc-fortran    checks: clang compiler-rt valgrind shellcheck git
           tdr: python-xarray python-netcdf4 python-matplotlib python-pyproj python-rasterio python-rich
   macOS   brew install cmake ninja proj
           tests: doctest          checks: llvm shellcheck git

@@ -63,9 +63,11 @@ int Guarded(tidora_error* error, Call call) noexcept {
 /// size is none, or it holds something that this library does not know.
 template <typename Struct>
 Struct Taken(const Struct* from, const char* argument) {
-    constexpr std::size_t kMostFields = 4096;  // more is no size
+    constexpr std::size_t kMost = 4096;  // bytes: more is no size
     Require(from != nullptr, argument, "is null");
-    Require(from->size >= sizeof(std::size_t) && from->size <= kMostFields, argument, "has no size: set it to sizeof");
+    // Fields come in groups of eight bytes: a size between two of them would cut a pointer in half.
+    const bool isSize = from->size >= sizeof(std::size_t) && from->size <= kMost && from->size % alignof(Struct) == 0;
+    Require(isSize, argument, "has no size: set it to sizeof");
     Struct to = {};
     std::memcpy(&to, from, from->size < sizeof(Struct) ? from->size : sizeof(Struct));
     const auto* const bytes = reinterpret_cast<const unsigned char*>(from);  // NOLINT: bytes of any structure
