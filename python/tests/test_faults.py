@@ -124,6 +124,22 @@ def test_outlines_stay_in_the_turn_of_their_reference_point(tmp_path):
     assert 180 < across[1, 0] < 181
 
 
+def test_outlines_of_the_globe_frame_end_where_geodesics_end(tmp_path):
+    ellipsoid = pyproj.Geod(ellps="GRS80")
+    table = faults(tmp_path, "38 180 0 0 200 12 90 50000 25000 1\n-70 2 0 0 200 60 90 50000 25000 1")
+    corners = tidora.outlines(table, "globe")
+    assert (
+        np.allclose(corners[:, 0], [[180, 38], [2, -70]], rtol=0, atol=1e-12)
+        and (np.abs(corners[0, :, 0] - 180) < 1).all()
+    )
+    for row, dip in zip(corners, (12, 60)):
+        azimuth, _, length = ellipsoid.inv(*row[0], *row[1])
+        assert math.isclose(azimuth % 360, 200, abs_tol=1e-9) and math.isclose(length, 50000, abs_tol=1e-6)
+        azimuth, _, width = ellipsoid.inv(*row[0], *row[3])
+        assert math.isclose(azimuth % 360, 290, abs_tol=1e-9)
+        assert math.isclose(width, 25000 * math.cos(math.radians(dip)), abs_tol=1e-6)
+
+
 def test_latitude_and_longitude_interchanged_are_refused_where_no_zone_is_there(tmp_path):
     with pytest.raises(tidora.TidoraError, match="no UTM zone 61"):
         tidora.outlines(faults(tmp_path, LINE.replace("36 141", "36 180")))

@@ -246,3 +246,13 @@ def test_the_title_of_a_sum_that_comes_from_no_file_begins_with_the_sum():
     field = xr.DataArray(np.zeros((2, 2)), dims=("y", "x"), attrs=attrs)
     assert title_of(field) == "eta\nsum of 2 intervals, 0 s to 60 s"
     assert title_of(field.assign_attrs(source_file="a.nc")) == "eta\na.nc: sum of 2 intervals, 0 s to 60 s"
+
+
+def test_outlines_are_drawn_in_the_turn_of_the_map(tmp_path):
+    table = tidora.make_faults(-70.5, -24, 1e4, 0, 20, 90, 5e4, 3e4, 1)
+    for west in (-71.0, 289.0):
+        _, axes = plt.subplots()
+        draw_map(axes, plane(smooth(9, 9), (west, -25.0), 0.25, "geographic"), 1.0, Overlay(None, table, "globe"))
+        drawn = np.concatenate([path.vertices for each in axes.collections for path in each.get_paths()])
+        assert (drawn[:, 0] > west).all() and (drawn[:, 0] < west + 2).all()
+        plt.close("all")

@@ -77,7 +77,10 @@ def run(args: argparse.Namespace) -> int:
     result = _computed(args, faults, topography)
     surface = total(result["eta"], np.float32)
     if form is None:
-        _draw(surface, topography, faults, args.output)
+        from ..plot.figures import draw_maps
+        from ..plot.overlay import Overlay
+
+        draw_maps([surface], args.output, Overlay(topography, faults, "utm" if args.frame == "utm" else "globe"))
         notes.append(args.output)
     else:
         notes.append(f"{args.output}: {_write(result, surface, form, args.output)}")
@@ -136,13 +139,6 @@ def _write(result: xr.Dataset, surface: xr.DataArray, form: Format, path: str) -
 
 def _in_time(layers: int) -> str:
     return f", {layers} layers in time," if layers else ""
-
-
-def _draw(surface: xr.DataArray, topography: xr.DataArray, faults: xr.Dataset, path: str) -> None:
-    from ..plot.figures import draw_maps
-    from ..plot.overlay import Overlay
-
-    draw_maps([surface], path, Overlay(topography, faults))
 
 
 def _summary(faults: xr.Dataset, surface: xr.DataArray) -> str:

@@ -58,7 +58,7 @@ def draw_map(axes: Axes, field: xr.DataArray, limit: float, overlay: Overlay, ma
     if overlay.topography is not None:
         _draw_coast(axes, overlay.topography)
     if overlay.faults is not None:
-        _draw_faults(axes, overlay.faults)
+        _draw_faults(axes, outlines(overlay.faults, overlay.frame), field)
     if marks:
         _draw_extremes(axes, shown)
     axes.set_xlim(west, east)
@@ -81,8 +81,12 @@ def _draw_coast(axes: Axes, topography: xr.DataArray) -> None:
     axes.contour(x, y, heights, levels=[0], colors=[COAST], linewidths=0.8, zorder=3)
 
 
-def _draw_faults(axes: Axes, faults: xr.Dataset) -> None:
-    corners = np.unique(np.round(outlines(faults), 9), axis=0)
+def _draw_faults(axes: Axes, corners: np.ndarray, field: xr.DataArray) -> None:
+    corners = np.unique(np.round(corners, 9), axis=0)
+    if kind_of(field) == GEOGRAPHIC:
+        # In the turn of the map, whichever way its longitudes count.
+        middle = 0.5 * (float(field["x"][0]) + float(field["x"][-1]))
+        corners[..., 0] += 360.0 * np.round((middle - corners[:, :1, 0]) / 360.0)
     axes.add_collection(
         LineCollection(
             [np.vstack([element, element[:1]]) for element in corners],

@@ -19,6 +19,8 @@ class Overlay:
     """(y, x): its contour of 0 is the coast."""
     faults: Optional[xr.Dataset] = None
     """Elements: outlines, the upper edges thick."""
+    frame: str = "utm"
+    """Of the outlines, see `tidora.outlines`."""
 
     def check(self, field: xr.DataArray) -> None:
         """Refuses overlays in co-ordinates of another kind than the field."""
