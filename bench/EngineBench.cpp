@@ -121,4 +121,11 @@ Ratio TwoKernelsInTurnOverSideBySide() {
                    [&]() -> double { return WallSeconds(sideBySide); });
 }
 
+double KernelNanoseconds() {
+    constexpr std::size_t kPoints = 10 * kSide * kSide;
+    KernelScene kernel(kPoints);
+    kernel.Run();
+    return Seconds([&] { kernel.Run(); }) / static_cast<double>(kPoints) * 1.0e9;
+}
+
 }  // namespace bench

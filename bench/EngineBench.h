@@ -17,4 +17,7 @@ namespace bench {
 /// gives two threads at all.
 [[nodiscard]] Ratio TwoKernelsInTurnOverSideBySide();
 
+/// Processor time of the bare kernel per point, uplift only, ns.
+[[nodiscard]] double KernelNanoseconds();
+
 }  // namespace bench
