@@ -13,9 +13,8 @@
 
 namespace tidora {
 
-/// What is summed at a node.
-enum Component : std::size_t { kUplift = 0, kEast = 1, kNorth = 2, kSlopeUplift = 3 };
-inline constexpr std::size_t kComponents = 4;
+// What is summed at a node: indices of arrays.
+inline constexpr std::size_t kUplift = 0, kEast = 1, kNorth = 2, kSlopeUplift = 3, kComponents = 4;
 
 /// An element as every tile takes it.
 struct TileElement {
@@ -41,7 +40,7 @@ struct TileTask {
     const Nodes& nodes;
     const std::vector<TileElement>& elements;
     const FramePlan& plan;
-    const FloorSlopes* slopes;  ///< null when the slope term is not wanted
+    const FloorSlopes* slopes = nullptr;  ///< null when the slope term is not wanted
     NodeFields fields;
 };
 
