@@ -1,4 +1,5 @@
-! Tidora's C interface for Fortran 2018 (optional arguments of C functions, which older compilers have too): compile this file with your program and link libtidora.
+! Tidora's C interface for Fortran 2018, whose optional arguments of C functions older compilers have too. Compile this
+! file with your program and link libtidora.
 ! Types, constants and functions are those of tidora.h, which says what they mean; names of constants are the same.
 !
 !   type(tidora_deform_options) :: options

@@ -5,7 +5,7 @@
  *     tidora_shares   how the slip of an element is shared out over layers of time
  *
  * Structures. Every one begins with its size, which the caller sets to sizeof: a library that knows more fields takes
- * the missing ones for 0, one that knows fewer refuses what it does not know unless it is 0. What is not set shall be 0:
+ * the missing ones for 0, one that knows fewer refuses what it does not know unless it is 0. The rest shall be 0:
  *
  *     struct tidora_deform_options options = {sizeof options};
  *
@@ -13,11 +13,11 @@
  * the value of column ix, row iy, layer k stands at (k * ny + iy) * nx + ix. Arrays that are written must not overlap
  * others. Lengths are metres, angles degrees, times seconds.
  *
- * Errors. Every function returns a status; what was wrong with which argument stands in the caller's tidora_error, which
- * may be null. Arguments are checked before anything is written. Nothing is printed, no signal is touched, there is no
- * state between calls: every function may be called from any number of threads at once.
+ * Errors. Every function returns a status; what was wrong with which argument stands in the caller's tidora_error,
+ * which may be null. Arguments are checked before anything is written. Nothing is printed, no signal is touched, there
+ * is no state between calls: every function may be called from any number of threads at once.
  *
- * Threads. The bits of a result depend neither on the number of threads nor on the way the points are cut into calls. */
+ * Threads. The bits of a result depend neither on the number of threads nor on the way points are cut into calls. */
 #ifndef TIDORA_TIDORA_H
 #define TIDORA_TIDORA_H
 
@@ -60,13 +60,13 @@ typedef int (*tidora_progress)(double fraction, void* user);
 
 /* A rectangular element. Its reference point is the start of the upper edge: looking along strike, the near end. */
 struct tidora_element {
-    double x, y;        /* reference point, m, or degrees east and north */
-    double base_offset; /* depth of the upper edge below sea level, m */
-    double depth;       /* depth of the upper edge below the sea floor, m: counts with TIDORA_DEPTH_PROGRAM and one
-                           element */
-    double strike;      /* degrees clockwise from north */
-    double dip;         /* degrees, downward to the right of the strike direction */
-    double rake;        /* degrees: 0 left-lateral, 90 reverse */
+    double x, y;          /* reference point, m, or degrees east and north */
+    double base_offset;   /* depth of the upper edge below sea level, m */
+    double depth;         /* depth of the upper edge below the sea floor, m: counts with TIDORA_DEPTH_PROGRAM and one
+                             element */
+    double strike;        /* degrees clockwise from north */
+    double dip;           /* degrees, downward to the right of the strike direction */
+    double rake;          /* degrees: 0 left-lateral, 90 reverse */
     double length, width; /* along strike and down dip, m, at least 0 */
     double slip;          /* m; exactly 0 adds nothing */
 };
@@ -128,12 +128,12 @@ struct tidora_layers {
 /* Where results go: layers * ny * nx values each, or null for what is not wanted. */
 struct tidora_displacement {
     size_t size;
-    float* uz;    /* uplift, m */
+    float* uz;      /* uplift, m */
     float *ue, *un; /* horizontal displacement, m, east and north at the node; of the plane, or of the zone's grid, with
                        PLANE and UTM */
-    float* slope; /* uplift -(ue dh/de + un dh/dn) of the water over a sloping floor h, m; grids with topography whose
-                     axes are equally spaced within a thousandth, with PLANE and UTM both alike. Per metre, but with UTM
-                     per unit of the grid, as the program */
+    float* slope;   /* uplift -(ue dh/de + un dh/dn) of the water over a sloping floor h, m: of grids with topography
+                       whose axes are equally spaced within a thousandth, with PLANE and UTM both alike. Slopes are per
+                       metre, but with UTM per unit of the grid, as the program's */
 };
 
 /* Displacement of the surface of an elastic half-space, Okada (1985, 1992). Elements are summed at every node in their
@@ -155,7 +155,7 @@ enum tidora_sharing {
                                    lies before the first goes into the first, what lies after the last into the last */
 };
 
-/* shares[k * element_count + n]: the share of element n, which slips evenly from lag[n] on for duration[n], in layer k. */
+/* shares[k * element_count + n]: the share of element n, which slips evenly from lag[n] for duration[n], in layer k. */
 TIDORA_API int tidora_shares(int32_t sharing, const double* times, size_t count, const double* lag,
                              const double* duration, size_t element_count, float* shares, struct tidora_error* error);
 

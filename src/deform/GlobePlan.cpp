@@ -16,7 +16,7 @@ struct GlobeElement {
 struct GlobeShared {
     GeocentricAxes axes;
     std::vector<GlobeElement> elements;
-    bool withTurns;
+    bool withTurns = false;
 };
 
 class GlobeTilePlaces : public TilePlaces {
@@ -53,7 +53,7 @@ private:
     const GlobeShared& m_shared;
     const GlobeKernels& m_kernels = DispatchedKernels<GlobeKernelsOf>();
     GeocentricTile m_tile;
-    TileAxes m_axes;
+    TileAxes m_axes = {};
     double m_x[kTileNodes] = {}, m_y[kTileNodes] = {};
     float m_turnCosine[kTileNodes] = {}, m_turnSine[kTileNodes] = {};
 };

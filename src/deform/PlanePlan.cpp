@@ -1,4 +1,5 @@
 #include <cmath>
+#include <utility>
 
 #include "deform/FramePlan.h"
 #include "deform/TileBounds.h"
@@ -39,7 +40,8 @@ private:
 
 class PlanePlan : public FramePlan {
 public:
-    PlanePlan(const Nodes& nodes, const std::vector<ElementPlace>& elements) : m_nodes(nodes), m_elements(elements) {
+    PlanePlan(const Nodes& nodes, std::vector<ElementPlace> elements)
+        : m_nodes(nodes), m_elements(std::move(elements)) {
         for (ElementPlace& element : m_elements) {
             element.origin = {element.orgX, element.orgY};
         }

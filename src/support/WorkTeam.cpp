@@ -63,8 +63,9 @@ int ThreadCount(int requested) noexcept {
     if (requested > 0) {
         return std::min(requested, kMostThreads);
     }
-    if (const char* const stated = std::getenv("OMP_NUM_THREADS")) {
-        const long count = std::strtol(stated, nullptr, 10);  // of a list, one number a level, the first
+    // Nothing here changes the environment; a caller that does so meanwhile has to know.
+    if (const char* const stated = std::getenv("OMP_NUM_THREADS")) {  // NOLINT(concurrency-mt-unsafe)
+        const long count = std::strtol(stated, nullptr, 10);          // of a list, one number a level, the first
         if (count > 0) {
             return static_cast<int>(std::min<long>(count, kMostThreads));
         }

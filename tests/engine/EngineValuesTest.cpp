@@ -160,7 +160,7 @@ TEST_CASE("on the plane every node has what the scalar routine gives, within a u
 }
 
 TEST_CASE("on the globe every node has what geodesic distance and azimuth give the scalar routine") {
-    geod_geodesic g;
+    geod_geodesic g = {};
     geod_init(&g, tidora::kEquatorRadius, tidora::kFlattening);
     ForEachInstructionSet([&] {
         for (const double lat : {0.0, 38.0, -38.0, 60.0, -60.0, 80.0, -80.0, 89.5, -89.5}) {
@@ -272,7 +272,7 @@ TEST_CASE("the slope term is the displacement times the slope in true metres") {
     c.task.minDepth = 500.0F;
     CHECK(c.Run());
     const std::size_t nx = c.x.size(), ny = c.y.size();
-    geod_geodesic g;
+    geod_geodesic g = {};
     geod_init(&g, tidora::kEquatorRadius, tidora::kFlattening);
     const auto slope = [&](std::size_t a, std::size_t b) {
         double way = 0.0;

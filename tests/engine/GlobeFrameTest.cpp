@@ -35,7 +35,7 @@ Seen See(const tidora::GlobeFrame& frame, double lon, double lat) {
 }
 
 geod_geodesic Ellipsoid() {
-    geod_geodesic g;
+    geod_geodesic g = {};
     geod_init(&g, tidora::kEquatorRadius, tidora::kFlattening);
     return g;
 }

@@ -72,6 +72,7 @@ struct FilterCall {
         options.parent = &parent;
         options.parent_uplift = parentUplift.data();
     }
+    ~FilterCall() = default;
     FilterCall(const FilterCall&) = delete;
     FilterCall& operator=(const FilterCall&) = delete;
     int Run() {
