@@ -150,7 +150,7 @@ CASES = {
     ),
     "read_faults": (
         dict(path="no such file", coord="geographic", reference=None),
-        {"path": [3, None, b"a"], "coord": NO_WORD, "reference": ["other", "centroid", 3]},
+        {"path": [3, None, b"a"], "coord": NO_WORD, "reference": ["other", "middle", 3]},
     ),
     "write_faults": (
         dict(faults=FAULTS, path="no such folder/f.txt"),

@@ -12,9 +12,10 @@ from .engine.source import source
 from .engine.where import grid, points
 from .errors import FileError, TidoraError, TidoraWarning
 from .faults.making import make_faults
+from .faults.models import read_faults
 from .faults.moment import seismic_moment
 from .faults.outlines import outlines
-from .faults.table import read_faults, write_faults
+from .faults.table import write_faults
 from .fields.series import snapshot, total
 from .formats.grid import open_grid, write_grid
 from .formats.series_list import open_series

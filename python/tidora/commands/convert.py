@@ -12,14 +12,17 @@ from ..formats.contract import Writing
 from ..formats.conversion import Layer, Request, Source, convert
 from ..formats.registry import FIELD, FORMATS
 from ..version import VERSION
-from .options import add_input_options, in_options, listed, positive, region, spacing
+from .convert_faults import convert_faults, wants_faults
+from .options import add_input_options, add_reference, in_options, listed, positive, region, spacing
 from .progress import progress
 
 
 def add(commands: Any) -> None:
     """Its options."""
     parser = commands.add_parser("convert", help=f"to and from {_titles()}", description=_description())
-    parser.add_argument("source", metavar="IN", help=f"grid, list of a series, {_endings_read()}")
+    parser.add_argument(
+        "source", metavar="IN", help=f"grid, list of a series, {_endings_read()}; fault file or published model"
+    )
     parser.add_argument("target", metavar="OUT")
     add_input_options(parser)
     what = parser.add_mutually_exclusive_group()
@@ -52,6 +55,14 @@ def add(commands: Any) -> None:
     parser.add_argument(
         "--epoch", type=_epoch, metavar="TIME", help="time 0 of a NetCDF series, 2011-03-11T05:46:18 UTC say"
     )
+    parser.add_argument(
+        "--window",
+        type=positive,
+        metavar="S",
+        help="of a rupture that becomes a fault file: windows of S seconds, because a run writes a grid for each "
+        "pair of start and length",
+    )
+    add_reference(parser)
     parser.set_defaults(command=run)
 
 
@@ -82,6 +93,9 @@ def _epoch(word: str) -> datetime:
 
 def run(args: argparse.Namespace) -> int:
     """Converts, and prints what was done."""
+    if wants_faults(args):
+        print(convert_faults(args))
+        return 0
     request = Request(
         Source(args.source, args.coord, args.variable),
         args.target,

@@ -8,6 +8,7 @@ from fractions import Fraction
 from typing import Sequence
 
 from ..errors import Message, Parameter, worded
+from ..faults.table import REFERENCES
 from ..fields.kinds import KINDS
 
 OPTIONS = {
@@ -19,6 +20,7 @@ OPTIONS = {
     "fill": "--fill",
     "frame": "--frame",
     "kajiura": "--kajiura",
+    "reference": "--reference",
     "region": "--region",
     "slope": "--slope",
     "source": "IN",
@@ -32,6 +34,7 @@ OPTIONS = {
     "topography": "TOPOGRAPHY",
     "variable": "--variable",
     "whole_sum": "--sum",
+    "window": "--window",
 }
 """What the parameters that messages of the library name are called on the command line. What only Python gives keeps
 its name."""
@@ -117,6 +120,15 @@ def add_input_options(parser: argparse.ArgumentParser) -> None:
     )
     parser.add_argument(
         "--variable", metavar="NAME", help="variable of a NetCDF file (the only one with rows and columns)"
+    )
+
+
+def add_reference(parser: argparse.ArgumentParser) -> None:
+    """The point of an element that a published model gives."""
+    parser.add_argument(
+        "--reference",
+        choices=REFERENCES,
+        help="point of a subfault that a published model gives, if it is not the one that is known of its format",
     )
 
 

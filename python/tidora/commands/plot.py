@@ -9,7 +9,7 @@ from typing import Any
 import xarray as xr
 
 from ..errors import TidoraError, UsageError
-from ..faults.table import read_faults
+from ..faults.models import read_faults
 from ..fields.kinds import kind_of
 from ..fields.series import snapshot, total
 from ..formats.registry import PICTURE, endings_written, open_field, picture_path
@@ -71,9 +71,10 @@ def _draw(args: argparse.Namespace, opened: list[xr.DataArray]) -> list[FilePath
     from ..plot.section import draw_section
 
     kind = kind_of(opened[0])
-    overlay = Overlay(
-        open_field(args.topo, kind) if args.topo else None, read_faults(args.fault, kind) if args.fault else None
-    )
+    faults = read_faults(args.fault, kind) if args.fault else None
+    # A fault file has rectangles of the zones of the program, a published model true distances and directions.
+    frame = "globe" if faults is not None and faults.attrs["format"] != "fault file" else "utm"
+    overlay = Overlay(open_field(args.topo, kind) if args.topo else None, faults, frame)
     if args.frames:
         if "time" not in opened[0].dims:
             raise TidoraError("--frames needs a series, this is one grid")

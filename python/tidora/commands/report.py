@@ -5,20 +5,16 @@ from __future__ import annotations
 import math
 from typing import Any, Optional
 
-import numpy as np
 import xarray as xr
 
 from ..errors import Path
-from ..faults.moment import RIGIDITY, distinct_places, element_potency, magnitude, seismic_moment
-from ..faults.outlines import outlines
-from ..faults.table import guess_coord, lower_depth, read_faults, upper_depth
+from ..faults.models import read_faults
 from ..fields.kinds import GEOGRAPHIC, kind_of
 from ..fields.measure import Extreme, Measures, measure
 from ..fields.series import total
 from ..fields.shape import shape_of
 from ..formats.registry import FAULTS, open_field, recognise
-
-Report = dict[str, Any]
+from .report_faults import Report, describe_faults
 
 
 def describe(
@@ -28,20 +24,23 @@ def describe(
     topography: Optional[Path] = None,
     density: float = 1025.0,
     gravity: float = 9.8,
-    rigidity: float = RIGIDITY,
+    rigidity: Optional[float] = None,
+    reference: Optional[str] = None,
 ) -> Report:
     """Figures of a file, with the unit in every name.
 
     Parameters
     ----------
     path : path
-        Grid, series or fault file.
+        Grid, series, fault file or published model.
     coord, variable :
         As for `tidora.formats.registry.open_field`.
     topography : path, optional
         Volume and energy of the nodes below 0 only.
     density, gravity, rigidity : float
-        kg/m3, m/s2, Pa.
+        kg/m3, m/s2, Pa; no rigidity: that of the file, or 40 GPa.
+    reference : str, optional
+        As for `read_faults`.
 
     Returns
     -------
@@ -49,7 +48,7 @@ def describe(
         What ``tdr info --json`` prints.
     """
     if recognise(path).holds == FAULTS:
-        return _describe_faults(path, coord, rigidity)
+        return describe_faults(read_faults(path, coord, reference=reference), str(path), rigidity)
     field = open_field(path, coord, variable)
     land = open_field(topography, kind_of(field)) if topography is not None else None
     return describe_field(field, str(path), land, density, gravity)
@@ -113,59 +112,6 @@ def _figures(measures: Measures) -> Report:
         "energy_J": measures.energy,
         "missing": measures.missing,
     }
-
-
-def _describe_faults(path: Path, coord: Optional[str], rigidity: float) -> Report:
-    faults = read_faults(path, coord or guess_coord(path))
-    size = seismic_moment(faults, rigidity)
-    upper, column = upper_depth(faults)
-    lower = lower_depth(faults)
-    potency = element_potency(faults)
-    start, end = faults["lag_time"].values, (faults["lag_time"] + faults["duration"]).values
-    corners = outlines(faults)
-    count = faults.sizes["element"]
-    elements = [
-        {
-            "line": int(faults["line"][at]),
-            **{
-                name: float(faults[name][at])
-                for name in ("x", "y", "strike", "dip", "rake", "length", "width", "slip", "lag_time", "duration")
-            },
-            "upper_depth_m": float(upper[at]),
-            "lower_depth_m": float(lower[at]),
-            "area_m2": float(faults["length"][at] * faults["width"][at]),
-            "potency_m3": float(potency[at]),
-            "moment_Nm": float(rigidity * potency[at]),
-            "magnitude": magnitude(float(rigidity * potency[at])),
-        }
-        for at in range(count)
-    ]
-    return {
-        "file": str(path),
-        "kind": "faults",
-        "coordinates": "degrees" if faults.attrs["coord"] == GEOGRAPHIC else "metres",
-        "elements": elements,
-        "element_count": count,
-        "with_slip": int(np.count_nonzero(potency)),
-        "rectangles": distinct_places(faults),
-        "rigidity_Pa": rigidity,
-        "area_m2": size.area,
-        "potency_m3": size.potency,
-        "moment_Nm": size.moment,
-        "magnitude": size.magnitude,
-        "slip_range_m": _range(faults["slip"].values),
-        "rupture_s": [float(start.min()), float(end.max())] if count else None,
-        "duration_s": float(end.max() - start.min()) if count else None,
-        "x_range": _range(corners[..., 0]),
-        "y_range": _range(corners[..., 1]),
-        "depth_from": "the sea floor" if column == "depth" else "sea level",
-        "upper_depth_range_m": _range(upper),
-        "lower_depth_range_m": _range(lower),
-    }
-
-
-def _range(values: np.ndarray) -> Optional[list[float]]:
-    return [float(values.min()), float(values.max())] if values.size else None
 
 
 def without_nan(value: Any) -> Any:

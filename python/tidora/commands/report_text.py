@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import math
 
-from .report import Report
+from .report_faults import Report
 
 
 def to_text(report: Report, every_element: bool = False) -> str:
@@ -83,6 +83,7 @@ def _fault_lines(report: Report, every_element: bool) -> list[str]:
     ]
     if not count:
         return lines
+    lines += _model_lines(report)
     unit = "degrees" if geographic else "m"
     x, y, upper, lower, slip = (
         report[name] for name in ("x_range", "y_range", "upper_depth_range_m", "lower_depth_range_m", "slip_range_m")
@@ -95,8 +96,8 @@ def _fault_lines(report: Report, every_element: bool) -> list[str]:
         f"rupture   {report['rupture_s'][0]:g} s to {report['rupture_s'][1]:g} s, {report['duration_s']:g} s in all",
         f"area      {report['area_m2'] / 1e6:.6g} km2 (a rectangle that slips several times counts once)",
         f"potency   {report['potency_m3']:.4g} m3",
-        f"moment    {report['moment_Nm']:.4g} N m for a rigidity of {report['rigidity_Pa'] / 1e9:g} GPa",
-        f"Mw        {report['magnitude']:.2f}",
+        _moment_line(report),
+        f"Mw        {report['magnitude']:.2f}{_stated(report)}",
         "",
         f"{'line':>4} {'x':>10} {'y':>10} {'strike':>6} {'dip':>5} {'rake':>6} {'length':>8} {'width':>8} "
         f"{'upper':>6} {'lower':>6} {'slip':>6} {'time':>9} {'area':>9} {'potency':>9} {'moment':>9} {'Mw':>5}",
@@ -107,6 +108,35 @@ def _fault_lines(report: Report, every_element: bool) -> list[str]:
     if not every_element and count > 12:
         rows[5:-5] = [f" ... {count - 10} more: --all"]
     return lines + rows
+
+
+def _model_lines(report: Report) -> list[str]:
+    """What a published model has said of itself, and what had to be assumed."""
+    if report["format"] == "fault file":
+        return []
+    assumed = [f"assumed   {text}" for text in report["assumptions"]]
+    return [f"model     {report['format']}, place of a subfault: {report['reference']}", *assumed]
+
+
+def _moment_line(report: Report) -> str:
+    gigapascal = report["rigidity_Pa"] / 1e9
+    of_file = report["rigidity_source"] == "file"
+    how = (
+        f"the rigidities of the file, {gigapascal:.4g} GPa on average"
+        if of_file
+        else f"a rigidity of {gigapascal:g} GPa"
+    )
+    unsaid = report["rigidity_source"] == "assumed" and report["format"] != "fault file"
+    return f"moment    {report['moment_Nm']:.4g} N m for {how}{' (assumed: the file has none)' if unsaid else ''}"
+
+
+def _stated(report: Report) -> str:
+    stated = []
+    if report["stated_magnitude"] is not None:
+        stated.append(f"Mw {report['stated_magnitude']:.4g}")
+    if report["stated_moment"] is not None:
+        stated.append(f"{report['stated_moment']:.4g} N m")
+    return f" (the file states {' and '.join(stated)})" if stated else ""
 
 
 def _kilometres(values: list[float]) -> str:

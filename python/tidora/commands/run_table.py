@@ -6,7 +6,7 @@ from pathlib import Path as FilePath
 from typing import Optional
 
 from ..faults.moment import RIGIDITY, seismic_moment
-from ..faults.table import read_faults
+from ..faults.table import read_fault_file
 from ..fields.kinds import GEOGRAPHIC
 from ..fields.measure import Extreme, measure
 from ..fields.series import total
@@ -18,7 +18,7 @@ from .report_text import place, volume
 
 def summary(configuration: Configuration, display: Display, rigidity: float = RIGIDITY) -> str:
     """The table at the end of a run: extremes and volume of the sum of every series, magnitude, files."""
-    faults = read_faults(configuration.fault_file, configuration.fault_kind)
+    faults = read_fault_file(configuration.fault_file, configuration.fault_kind)
     size = seismic_moment(faults, rigidity)
     geographic = [region.kind == GEOGRAPHIC for region in configuration.regions]
     rows = [("series", "highest", "at", "lowest", "at", "volume")]

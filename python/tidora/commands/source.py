@@ -14,7 +14,7 @@ from ..engine.source import source
 from ..engine.structures import DEPTHS, FRAMES
 from ..errors import UsageError
 from ..faults.moment import RIGIDITY, seismic_moment
-from ..faults.table import read_faults
+from ..faults.models import read_faults
 from ..fields.kinds import GEOGRAPHIC, kind_of
 from ..fields.measure import Extreme, measure
 from ..fields.placing import Placing, placed
@@ -36,7 +36,7 @@ def add(commands: Any) -> None:
         "--spacing. The ending of OUT says the format: .nc has all variables and layers, formats of one field get eta, "
         ".tt3 the layers in time too, a picture the map of eta.",
     )
-    parser.add_argument("model", metavar="MODEL", help="fault file")
+    parser.add_argument("model", metavar="MODEL", help="fault file or published rupture model")
     parser.add_argument("topography", metavar="TOPOGRAPHY", help="grid of any format, negative below sea level")
     parser.add_argument("-o", "--output", required=True, metavar="OUT")
     add_input_options(parser)
@@ -143,7 +143,8 @@ def _in_time(layers: int) -> str:
 
 def _summary(faults: xr.Dataset, surface: xr.DataArray) -> str:
     size, figures = seismic_moment(faults), measure(surface)
-    magnitude = f"Mw {size.magnitude:.2f} ({RIGIDITY / 1e9:g} GPa)" if size.moment > 0 else "no slip"
+    rigidity = "rigidities of the model" if "rigidity" in faults else f"{RIGIDITY / 1e9:g} GPa"
+    magnitude = f"Mw {size.magnitude:.2f} ({rigidity})" if size.moment > 0 else "no slip"
     geographic = kind_of(surface) == GEOGRAPHIC
     high, low = (_at(extreme, geographic) for extreme in (figures.highest, figures.lowest))
     return f"{magnitude}, highest {high}, lowest {low}, volume {volume(figures.volume)}"

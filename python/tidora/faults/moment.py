@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import math
-from typing import NamedTuple
+from typing import NamedTuple, Optional
 
 import numpy as np
 import xarray as xr
@@ -32,15 +32,15 @@ def magnitude(moment: float) -> float:
     return (math.log10(moment) - 9.1) / 1.5 if moment > 0 else math.nan
 
 
-def seismic_moment(faults: xr.Dataset, rigidity: float = RIGIDITY) -> Moment:
+def seismic_moment(faults: xr.Dataset, rigidity: Optional[float] = None) -> Moment:
     """Area, potency, moment and magnitude of all elements.
 
     Parameters
     ----------
     faults : xarray.Dataset
         Of `read_faults`.
-    rigidity : float
-        Pa.
+    rigidity : float, optional
+        Pa; that of each element when nothing is said and the table has a variable ``rigidity``, else `RIGIDITY`.
 
     Returns
     -------
@@ -48,8 +48,12 @@ def seismic_moment(faults: xr.Dataset, rigidity: float = RIGIDITY) -> Moment:
         Rigidity times the potency, which is length times width times the amount of slip, summed over the elements.
     """
     potency = float(np.sum(element_potency(faults)))
+    if rigidity is None and "rigidity" in faults:
+        moment = float(np.sum(element_potency(faults) * faults["rigidity"].values))
+    else:
+        moment = (RIGIDITY if rigidity is None else rigidity) * potency
     area = sum(length * width for length, width in {row[:7]: row[:2] for row in _places(faults)}.values())
-    return Moment(float(area), potency, rigidity * potency, magnitude(rigidity * potency))
+    return Moment(float(area), potency, moment, magnitude(moment))
 
 
 def element_potency(faults: xr.Dataset) -> np.ndarray:

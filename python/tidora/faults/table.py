@@ -52,7 +52,7 @@ def is_first_line(line: str) -> bool:
     return len(text.tokens(line)) >= _LEAST
 
 
-def read_faults(path: Path, coord: Optional[str] = None, *, reference: Optional[str] = None) -> xr.Dataset:
+def read_fault_file(path: Path, coord: Optional[str] = None, *, reference: Optional[str] = None) -> xr.Dataset:
     """Elements of a fault file.
 
     Parameters
@@ -87,6 +87,7 @@ def read_faults(path: Path, coord: Optional[str] = None, *, reference: Optional[
     if coord is None:
         coord = _guessed(path, rows)
     table = make_table(dict(zip(NAMES, rows.T)), coord, {"source_file": os.path.basename(os.fspath(path))})
+    table.attrs.update(format="fault file", reference=TOP_START, assumptions=[])
     return table.assign_coords(line=("element", lines))
 
 

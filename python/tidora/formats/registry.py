@@ -40,6 +40,8 @@ class Format:
     """Endings for which it is written, the usual one first."""
     first_line: str = ""
     """For texts that are told by their first line which is no comment: what that line holds."""
+    by_content: bool = False
+    """Told by what stands in the file, comments too, before any other text."""
     holds: str = FIELD
     series: bool = False
     """Takes a whole series, and not only a grid."""
@@ -68,6 +70,7 @@ FORMATS: tuple[Format, ...] = (
     Format(".geotiff", "GeoTIFF", reads=(".tif", ".tiff"), writes=(".tif", ".tiff"), system=True),
     Format(".binary_grid", "binary grid", "the grids of the program", "grids of Tidora", writes=(".bin",)),
     Format(".series_list", "list of a series", first_line="a list (start, length, path)", series=True),
+    Format("..faults.models", "published rupture model", by_content=True, holds=FAULTS),
     Format("..faults.table", "fault file", first_line="a fault file (ten columns)", holds=FAULTS),
     Format(".text_grid", "text grid", "the grids of the program", "grids of Tidora", writes=(".txt",),
            first_line="a grid (columns and rows)"),
@@ -94,8 +97,8 @@ def endings_written(holds: str = FIELD) -> tuple[str, ...]:
 def recognise(path: Path) -> Format:
     """What a file is.
 
-    The formats of other programs go by their endings, a binary grid by its name; a text goes by the first line that is
-    no comment.
+    The formats of other programs go by their endings, a binary grid by its name, a published model by its content; any
+    other text goes by the first line that is no comment.
 
     Raises
     ------
@@ -108,6 +111,9 @@ def recognise(path: Path) -> Format:
             return form
     if is_binary_name(path):
         return named("binary grid")
+    for form in FORMATS:
+        if form.by_content and form.load().is_content(path):
+            return form
     told = [form for form in FORMATS if form.first_line]
     for line in text.bounded_lines(path, text.GRID_LINE):
         if line.is_comment:
