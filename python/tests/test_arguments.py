@@ -198,6 +198,13 @@ WANTING = [
     ("a slope of zeros", dict(where=PLACES, slope=True, depth=None), "slope needs a topography on a grid as where"),
     ("a slope of points", dict(where=tidora.points(140, 38, -1), slope=True), "slope needs a topography on a grid"),
     ("metres and degrees", dict(faults=PLANE_FAULTS), "faults has plane co-ordinates, where geographic ones"),
+    ("a length below 0", dict(faults=changed(FAULTS, "length", -1.0)), "faults: length is below 0 in element 2"),
+    ("no latitude", dict(faults=changed(FAULTS, "y", 91.0)), "faults: y is no latitude in element 2"),
+    (
+        "a duration below 0",
+        dict(faults=changed(FAULTS, "duration", -1.0), times="intervals"),
+        "faults: duration of element 2 is -1",
+    ),
     ("missing values", dict(where=HOLES), "where: 5 of 25 values are missing"),
     ("an edge above", dict(faults=changed(FAULTS, "base_offset", -1.0), depth="datum"), "faults: .* above the surface"),
 ]
@@ -218,6 +225,11 @@ def test_a_filter_needs_a_topography_and_a_parent_the_filter():
         tidora.source(FAULTS, TOPOGRAPHY, colour=3)
     with pytest.raises(tidora.TidoraError, match="parent has other layers in time"):
         tidora.kajiura(SERIES, TOPOGRAPHY, parent=SERIES.assign_coords(time=[0.0, 60.0]))
+
+
+def test_slip_beyond_all_numbers_is_no_sea_surface():
+    with pytest.raises(tidora.TidoraError, match="faults moves the surface by what is no finite number"):
+        tidora.source(changed(FAULTS, "slip", 1e300), TOPOGRAPHY, kajiura=True)
 
 
 def test_missing_values_do_not_matter_where_the_topography_is_not_needed():

@@ -99,7 +99,9 @@ def check(status: int, error: c.Error, names: Mapping[str, str]) -> None:
     if status == c.INVALID:
         known = [name for name in names if argument.startswith(name)]
         if known:
-            raise TidoraError((Parameter(names[max(known, key=len)]), f": {message}"))
+            longest = max(known, key=len)
+            part = argument[len(longest) :].lstrip(".")  # a column of the table, an axis
+            raise TidoraError((Parameter(names[longest]), ": ", f"{part} {message}".lstrip()))
     raise TidoraError(": ".join(filter(None, (library().tidora_status_text(status).decode(), argument, message))))
 
 

@@ -278,9 +278,11 @@ def _names(where: str) -> dict[str, str]:
     """What arguments of the C function are called here."""
     options = {f"options.{name}": name for name in ("frame", "depth", "tolerance", "min_depth", "threads")}
     return {
-        "element": "faults",
+        "elements": "faults",
+        "element_count": "faults",
         "nodes": where,
         "layers": "times",
+        "layers.shares": "faults",
         "out": "components",
         "out.slope": "slope",
         **options,

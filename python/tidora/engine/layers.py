@@ -51,6 +51,9 @@ def layers_of(times: Any, columns: Mapping[str, np.ndarray]) -> Optional[Layers]
     if times is None:
         return None
     lag, duration = (np.ascontiguousarray(columns[name]) for name in ("lag_time", "duration"))
+    backward = np.flatnonzero(duration < 0)
+    if backward.size:
+        raise TidoraError((Parameter("faults"), f": duration of element {backward[0]} is {duration[backward[0]]:g}"))
     if isinstance(times, str):
         if times != INTERVALS:
             raise TidoraError((Parameter("times"), f" is None, {INTERVALS!r} or a sequence of seconds, not {times!r}"))

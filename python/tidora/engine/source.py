@@ -4,6 +4,7 @@ from __future__ import annotations
 
 from typing import Any, Optional
 
+import numpy as np
 import xarray as xr
 
 from .. import arguments
@@ -78,6 +79,8 @@ def source(
     result = as_dataset(values, nodes, request, layers)
     eta = values["uz"] + values["slope"] if slope else values["uz"].copy()
     if kajiura:
+        if not np.isfinite(eta).all():
+            raise TidoraError((Parameter("faults"), " moves the surface by what is no finite number"))
         eta = filtered(eta, nodes, outer, "converged", request.threads, part_of(progress, _FIRST_PART, 1.0))
         done = said("kajiura", kernel="converged", parent="no" if outer is None else "yes")
         result.attrs["history"] += f"\n{done}"

@@ -54,10 +54,9 @@ def grid(
         name: arguments.number(name, value)
         for name, value in (("west", west), ("east", east), ("south", south), ("north", north))
     }
-    axes = {axis: _axis(*ends, edges, step) for axis, ends in (("x", ("west", "east")), ("y", ("south", "north")))}
-    if axes["x"].size * axes["y"].size > MAX_VALUES:
-        sizes = f"{axes['x'].size} x {axes['y'].size}"
-        raise TidoraError((Parameter("spacing"), f" {step:g} makes {sizes} nodes, 2^31 or more"))
+    nx, ny = _count("west", "east", edges, step), _count("south", "north", edges, step)
+    if nx * ny > MAX_VALUES:
+        raise TidoraError((Parameter("spacing"), f" {step:g} makes {nx} x {ny} nodes, 2^31 or more"))
     if coord == GEOGRAPHIC:
         for name in ("south", "north"):
             arguments.within(name, np.array([edges[name]]), -90.0 - POLE, 90.0 + POLE)
@@ -65,20 +64,25 @@ def grid(
     if float(np.float32(step)) == step:
         attrs["grid_spacing"] = step
     attrs["history"] = said("grid")
-    coords = {axis: (axis, axes[axis], axis_attributes(coord, axis)) for axis in ("y", "x")}
-    field = as_field(("y", "x"), np.zeros((axes["y"].size, axes["x"].size), np.float32), attrs, coords)
+    starts = {"y": (edges["south"], ny), "x": (edges["west"], nx)}
+    coords = {
+        axis: (axis, first + np.arange(size) * step, axis_attributes(coord, axis))
+        for axis, (first, size) in starts.items()
+    }
+    field = as_field(("y", "x"), np.zeros((ny, nx), np.float32), attrs, coords)
     for axis in ("x", "y"):
         field[axis].encoding["_FillValue"] = None
     return field
 
 
-def _axis(first: str, last: str, edges: dict[str, float], spacing: float) -> np.ndarray:
+def _count(first: str, last: str, edges: dict[str, float], spacing: float) -> int:
+    """Nodes of an axis."""
     steps = (edges[last] - edges[first]) / spacing
     if steps < 0:
         raise TidoraError((Parameter(last), f" {edges[last]:g} is below ", Parameter(first), f" {edges[first]:g}"))
-    if steps >= MAX_VALUES:
+    if not steps < MAX_VALUES:
         raise TidoraError((Parameter("spacing"), f" {spacing:g} makes 2^31 nodes or more"))
-    return edges[first] + np.arange(int(steps + _NEAR) + 1) * spacing
+    return int(steps + _NEAR) + 1
 
 
 def points(x: Any, y: Any, topography: Any = None, *, coord: str = GEOGRAPHIC) -> xr.Dataset:
