@@ -281,6 +281,7 @@ def _names(where: str) -> dict[str, str]:
         "elements": "faults",
         "element_count": "faults",
         "nodes": where,
+        "options.spacing": where,
         "layers": "times",
         "layers.shares": "faults",
         "out": "components",
