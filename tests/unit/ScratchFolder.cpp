@@ -12,10 +12,12 @@
 
 namespace fs = std::filesystem;
 
-ScratchFolder::ScratchFolder() {
+ScratchFolder::ScratchFolder() : ScratchFolder(TIDORA_SCRATCH_ROOT "/") {}
+
+ScratchFolder::ScratchFolder(const std::string& prefix) {
     // The process number keeps test programs apart that run side by side, the counter several folders of one of them.
     static int made = 0;
-    m_path = std::string(TIDORA_SCRATCH_ROOT) + "/" + std::to_string(getpid()) + "_" + std::to_string(made++);
+    m_path = prefix + std::to_string(getpid()) + "_" + std::to_string(made++);
     fs::remove_all(m_path);
     fs::create_directories(m_path);
 }

@@ -8,6 +8,8 @@
 class ScratchFolder {
 public:
     ScratchFolder();
+    /// In another place than the build folder; the path starts so.
+    explicit ScratchFolder(const std::string& prefix);
     ~ScratchFolder();
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
