@@ -93,6 +93,7 @@ void RunTeam(int threads, WorkBoard& board, const std::function<void()>& work) {
         --running;
         hasEnded.notify_one();
     };
+    guarded([&] { board.Poll(); });  // the callback is asked once whatever happens: others may do all the work
     std::vector<std::thread> others;
     try {
         others.reserve(static_cast<std::size_t>(std::max(0, threads - 1)));
