@@ -15,6 +15,7 @@ from .faults.making import make_faults
 from .faults.models import read_faults
 from .faults.moment import seismic_moment
 from .faults.outlines import outlines
+from .faults.slip_table import make_slip_table, read_slip_table, write_slip_table
 from .faults.table import write_faults
 from .fields.series import snapshot, total
 from .formats.grid import open_grid, write_grid
@@ -30,16 +31,19 @@ __all__ = [
     "kajiura",
     "library_path",
     "make_faults",
+    "make_slip_table",
     "open_grid",
     "open_series",
     "outlines",
     "points",
     "read_faults",
+    "read_slip_table",
     "seismic_moment",
     "snapshot",
     "source",
     "total",
     "write_faults",
     "write_grid",
+    "write_slip_table",
 ]
 __version__ = VERSION
