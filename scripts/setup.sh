@@ -17,7 +17,7 @@ usage() {
 packages=(g++ cmake ninja-build libproj-dev)
 tools=(c++ cmake ninja)
 python=(python3 python3-numpy python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio
-    python3-rich)
+    python3-rich python3-dask python3-distributed python3-zarr python3-threadpoolctl libopenblas0-pthread)
 # Programs of others that open what tdr has written.
 openers=(gmt gdal-bin netcdf-bin)
 case "${1-}" in

@@ -10,6 +10,10 @@ from .engine.deform import deform
 from .engine.kajiura import kajiura
 from .engine.source import source
 from .engine.where import grid, points
+from .ensemble.combining import combine
+from .ensemble.run import ensemble
+from .ensemble.scenarios import scenario
+from .ensemble.units import unit_sources
 from .errors import FileError, TidoraError, TidoraWarning
 from .faults.making import make_faults
 from .faults.models import read_faults
@@ -26,7 +30,9 @@ __all__ = [
     "FileError",
     "TidoraError",
     "TidoraWarning",
+    "combine",
     "deform",
+    "ensemble",
     "grid",
     "kajiura",
     "library_path",
@@ -38,10 +44,12 @@ __all__ = [
     "points",
     "read_faults",
     "read_slip_table",
+    "scenario",
     "seismic_moment",
     "snapshot",
     "source",
     "total",
+    "unit_sources",
     "write_faults",
     "write_grid",
     "write_slip_table",

@@ -10,7 +10,7 @@ from typing import Any, Callable, Optional, Sequence
 
 from ..errors import TidoraError, TidoraWarning, UsageError
 from ..version import VERSION
-from . import convert, info, plot, run, source
+from . import convert, ensemble, info, plot, run, source, units
 from .options import in_options, joined
 
 
@@ -22,7 +22,7 @@ def build_parser() -> argparse.ArgumentParser:
     )
     parser.add_argument("--version", action="version", version=f"tdr {VERSION}")
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
-    for module in (info, plot, convert, run, source):
+    for module in (info, plot, convert, run, source, units, ensemble):
         module.add(commands)
     return parser
 

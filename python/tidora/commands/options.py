@@ -12,7 +12,9 @@ from ..faults.table import REFERENCES
 from ..fields.kinds import KINDS
 
 OPTIONS = {
+    "at": "--at",
     "coord": "--coord",
+    "count": "--count",
     "crs": "--crs",
     "depth": "--depth",
     "epoch": "--epoch",
@@ -20,18 +22,30 @@ OPTIONS = {
     "fill": "--fill",
     "frame": "--frame",
     "kajiura": "--kajiura",
+    "magnitude": "--magnitude",
+    "number": "NUMBER",
+    "part": "--part",
     "reference": "--reference",
     "region": "--region",
+    "rigidity": "--rigidity",
+    "scaling": "--scaling",
+    "scheduler": "--scheduler",
+    "seed": "--seed",
+    "size": "--size",
     "slope": "--slope",
     "source": "IN",
     "spacing": "--spacing",
+    "spectrum": "--spectrum",
     "start": "--snapshot",
     "step": "--dt",
+    "store": "STORE",
+    "table": "TABLE",
     "target": "OUT",
     "threads": "--threads",
     "times": "--times",
     "tolerance": "--tolerance",
     "topography": "TOPOGRAPHY",
+    "units": "UNITS",
     "variable": "--variable",
     "whole_sum": "--sum",
     "window": "--window",
@@ -77,6 +91,34 @@ def positive(word: str) -> float:
 
 
 positive.__name__ = "_positive"  # stands in what argparse says of a word that is no number, which stays
+
+
+def not_negative(word: str) -> float:
+    """A number from 0 on."""
+    value = float(word)
+    if not 0 <= value < math.inf:
+        raise argparse.ArgumentTypeError(f"{word} is not 0 or above")
+    return value
+
+
+def whole(word: str) -> int:
+    """A whole number from 1 on."""
+    value = int(word)
+    if value < 1:
+        raise argparse.ArgumentTypeError(f"{word} is not 1 or above")
+    return value
+
+
+def not_negative_whole(word: str) -> int:
+    """A whole number from 0 on."""
+    value = int(word)
+    if value < 0:
+        raise argparse.ArgumentTypeError(f"{word} is not 0 or above")
+    return value
+
+
+# They stand in what argparse says of a word that is no number.
+not_negative.__name__, whole.__name__, not_negative_whole.__name__ = "_not_negative", "_count", "_seed"
 
 
 def four_numbers(word: str, other: str, own: str, form: str) -> tuple[float, ...]:

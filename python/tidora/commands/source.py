@@ -5,7 +5,7 @@ from __future__ import annotations
 import argparse
 import math
 import os
-from typing import Any, Optional
+from typing import Any
 
 import numpy as np
 import xarray as xr
@@ -15,16 +15,15 @@ from ..engine.structures import DEPTHS, FRAMES
 from ..errors import UsageError
 from ..faults.moment import RIGIDITY, seismic_moment
 from ..faults.models import read_faults
-from ..fields.kinds import GEOGRAPHIC, kind_of
-from ..fields.measure import Extreme, measure
+from ..fields.kinds import kind_of
 from ..fields.placing import Placing, placed
 from ..fields.series import total
 from ..formats.contract import Writing
 from ..formats.registry import PICTURE, Format, ending, endings_written, format_of_target, open_field
 from ..version import VERSION
-from .options import add_input_options, in_options, positive, region, spacing
+from .fields import summary
+from .options import add_input_options, in_options, not_negative, positive, region, spacing, whole
 from .progress import fraction_bar, progress
-from .report_text import place, volume
 
 
 def add(commands: Any) -> None:
@@ -47,23 +46,9 @@ def add(commands: Any) -> None:
     parser.add_argument("--times", type=positive, metavar="STEP", help="layers of STEP seconds instead of all at once")
     parser.add_argument("--slope", action="store_true", help="uplift by the horizontal motion of a sloping floor")
     parser.add_argument("--kajiura", action="store_true", help="smooths the sea surface over the depth of the water")
-    parser.add_argument("--tolerance", type=_not_negative, default=0.0, metavar="M", help="m, of far elements (0)")
-    parser.add_argument("--threads", type=_count, metavar="N", help="as many as the process has cores")
+    parser.add_argument("--tolerance", type=not_negative, default=0.0, metavar="M", help="m, of far elements (0)")
+    parser.add_argument("--threads", type=whole, metavar="N", help="as many as the process has cores")
     parser.set_defaults(command=run)
-
-
-def _not_negative(word: str) -> float:
-    value = float(word)
-    if not 0 <= value < math.inf:
-        raise argparse.ArgumentTypeError(f"{word} is not 0 or above")
-    return value
-
-
-def _count(word: str) -> int:
-    value = int(word)
-    if value < 1:
-        raise argparse.ArgumentTypeError(f"{word} is not 1 or above")
-    return value
 
 
 def run(args: argparse.Namespace) -> int:
@@ -142,13 +127,7 @@ def _in_time(layers: int) -> str:
 
 
 def _summary(faults: xr.Dataset, surface: xr.DataArray) -> str:
-    size, figures = seismic_moment(faults), measure(surface)
+    size = seismic_moment(faults)
     rigidity = "rigidities of the model" if "rigidity" in faults else f"{RIGIDITY / 1e9:g} GPa"
     magnitude = f"Mw {size.magnitude:.2f} ({rigidity})" if size.moment > 0 else "no slip"
-    geographic = kind_of(surface) == GEOGRAPHIC
-    high, low = (_at(extreme, geographic) for extreme in (figures.highest, figures.lowest))
-    return f"{magnitude}, highest {high}, lowest {low}, volume {volume(figures.volume)}"
-
-
-def _at(extreme: Optional[Extreme], geographic: bool) -> str:
-    return "none" if extreme is None else f"{extreme.value:.4g} m at {place(extreme.x, extreme.y, geographic)}"
+    return f"{magnitude}, {summary(surface)}"

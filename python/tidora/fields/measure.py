@@ -89,6 +89,34 @@ def cell_areas(shape: GridShape, kind: str) -> np.ndarray:
     return math.radians(shape.dx) * zone
 
 
+def area_factors(x: np.ndarray, y: np.ndarray, kind: str) -> tuple[np.ndarray, np.ndarray]:
+    """Two factors, float64 (y,) and (x,): their product is the area in m2 of each cell of a grid with any axes.
+
+    Cells end halfway between nodes, and at the poles; the outermost reach as far outward as inward. An axis of one node
+    has the spacing of the other.
+
+    Parameters
+    ----------
+    x, y : numpy.ndarray
+        Increasing, not both of one node.
+    kind : str
+        `PLANE` or `GEOGRAPHIC`.
+    """
+    edges = {axis: _edges(own, other) for axis, own, other in (("x", x, y), ("y", y, x))}
+    if kind != GEOGRAPHIC:
+        return np.diff(edges["y"]), np.diff(edges["x"])
+    return np.diff(_zone_area(edges["y"])), np.radians(np.diff(edges["x"]))
+
+
+def _edges(axis: np.ndarray, other: np.ndarray) -> np.ndarray:
+    """Where the cells of an axis begin, and where the last one ends."""
+    if axis.size == 1:
+        half = 0.5 * float(other[-1] - other[0]) / (other.size - 1)
+        return np.array([axis[0] - half, axis[0] + half])
+    between = 0.5 * (axis[:-1] + axis[1:])
+    return np.concatenate([[2.0 * axis[0] - between[0]], between, [2.0 * axis[-1] - between[-1]]])
+
+
 def measure(
     field: xr.DataArray,
     topography: Optional[xr.DataArray] = None,

@@ -1,0 +1,80 @@
+"""Who does the shards: processes of this machine, the workers of a Dask scheduler, or a part of them as a batch job."""
+
+from __future__ import annotations
+
+import argparse
+import contextlib
+import logging
+import os
+from typing import Any, Iterator
+
+from ..ensemble.blas import worker_environment
+from ..ensemble.shards import WHOLE, Part, checked_part, cores
+from ..errors import Parameter, TidoraError
+from .options import whole
+
+_PATIENCE = 300
+"""s to wait for the first worker of a scheduler: those of a batch system start when there is room."""
+
+
+def add_worker_options(parser: argparse.ArgumentParser) -> None:
+    """Options that say who does the work."""
+    who = parser.add_mutually_exclusive_group()
+    who.add_argument(
+        "--workers", type=whole, metavar="N", help="processes of this machine (as many as it gives this one cores)"
+    )
+    who.add_argument("--scheduler", metavar="S", help="address of a Dask scheduler, or its scheduler file")
+    who.add_argument("--part", metavar="I/N", help="only part I of N, for array jobs; I from 1 to N")
+
+
+def part_of(args: argparse.Namespace) -> Part:
+    """The part that is asked for."""
+    return WHOLE if args.part is None else checked_part(args.part)
+
+
+@contextlib.contextmanager
+def working(args: argparse.Namespace) -> Iterator[None]:
+    """Workers, as long as it lasts: a Dask client is active."""
+    import distributed
+
+    with contextlib.ExitStack() as stack:
+        logging.getLogger("distributed").setLevel(logging.CRITICAL)
+        if args.scheduler is not None:
+            client = stack.enter_context(_client(args.scheduler))
+        else:
+            client = stack.enter_context(distributed.Client(stack.enter_context(_processes(args.workers or cores()))))
+        try:
+            client.wait_for_workers(1, timeout=_PATIENCE)
+        except TimeoutError:
+            raise TidoraError((Parameter("scheduler"), f" has had no workers for {_PATIENCE} s")) from None
+        yield
+
+
+def _client(scheduler: str) -> Any:
+    import distributed
+
+    try:
+        if os.path.exists(scheduler):
+            return distributed.Client(scheduler_file=scheduler, timeout=30)
+        return distributed.Client(scheduler, timeout=30)
+    except (OSError, ValueError, TypeError, KeyError) as error:  # no connection; no address, or no scheduler file
+        said = (str(error).splitlines() or [type(error).__name__])[0]
+        raise TidoraError((Parameter("scheduler"), f" {scheduler} cannot be reached: {said}")) from None
+
+
+def _processes(count: int) -> Any:
+    """A scheduler of our own with processes of one thread each."""
+    import dask
+    import distributed
+
+    # What is in the environment already holds. The numbers of threads and the kernels of OpenBLAS are read when it is
+    # loaded: before anything of ours runs.
+    dask.config.set({"distributed.nanny.pre-spawn-environ": worker_environment()})
+    return distributed.LocalCluster(
+        n_workers=count,
+        threads_per_worker=1,
+        processes=True,
+        dashboard_address=None,
+        memory_limit=0,
+        silence_logs=logging.CRITICAL,
+    )
