@@ -86,6 +86,12 @@ module tidora
         type(c_ptr) :: user = c_null_ptr
     end type
 
+    type, bind(c) :: tidora_figures
+        real(c_float) :: highest = 0, lowest = 0
+        integer(c_int64_t) :: highest_at = -1, lowest_at = -1
+        real(c_double) :: raised = 0, lowered = 0, squares = 0
+    end type
+
     interface
         function tidora_deform(elements, element_count, nodes, layers, options, out, error) bind(c) result(status)
             import
@@ -120,6 +126,18 @@ module tidora
             real(c_float), intent(in) :: uplift(*)
             type(tidora_filter_options), intent(in) :: options
             real(c_float), intent(out) :: surface(*)
+            type(tidora_error), intent(inout), optional :: error
+            integer(c_int) :: status
+        end function
+
+        function tidora_measure(fields, nodes, heights, stride, areas, first, figures, error) bind(c) result(status)
+            import
+            integer(c_size_t), value :: fields, nodes
+            real(c_float), intent(in) :: heights(*)
+            integer(c_size_t), value :: stride
+            real(c_double), intent(in) :: areas(*)
+            integer(c_int64_t), value :: first
+            type(tidora_figures), intent(inout) :: figures(*)
             type(tidora_error), intent(inout), optional :: error
             integer(c_int) :: status
         end function

@@ -3,6 +3,7 @@
  *     tidora_deform   displacement of the surface by rectangular fault elements, on grids or any points
  *     tidora_filter   Kajiura's filter: from the uplift of the sea floor to that of the sea surface
  *     tidora_shares   how the slip of an element is shared out over layers of time
+ *     tidora_measure  extremes, volumes and energy of many fields, piece by piece
  *
  * Structures. Every one begins with its size, which the caller sets to sizeof: a library that knows more fields takes
  * the missing ones for 0, one that knows fewer refuses what it does not know unless it is 0. The rest shall be 0:
@@ -197,6 +198,23 @@ struct tidora_filter_options {
 TIDORA_API int tidora_filter(const struct tidora_field_grid* grid, const float* topography, size_t layers,
                              const float* uplift, const struct tidora_filter_options* options, float* surface,
                              struct tidora_error* error);
+
+/* ---- figures of fields ---- */
+
+/* Of one field, gathered piece by piece. Set highest_at to -1 before the first piece: the rest then begins anew. */
+struct tidora_figures {
+    float highest, lowest;         /* m */
+    int64_t highest_at, lowest_at; /* numbers of the nodes; of equal values the lowest number */
+    double raised, lowered;        /* sums of height times area above 0 and below it, both positive, m3 */
+    double squares; /* sum of the squared height times the area, m4: times density and gravity and halved,
+                       the potential energy */
+};
+
+/* Adds some nodes of several fields to their figures: the height of field k at node i stands at heights[k * stride +
+ * i], stride >= nodes; areas[i]: of its cell, m2; first: the number of the first node, the others count on. A height
+ * that is not a number leaves squares not a number. The bits depend on how nodes are cut into pieces. */
+TIDORA_API int tidora_measure(size_t fields, size_t nodes, const float* heights, size_t stride, const double* areas,
+                              int64_t first, struct tidora_figures* figures, struct tidora_error* error);
 
 #ifdef __cplusplus
 }

@@ -163,6 +163,19 @@ void Shares(Bytes& bytes) {
     }
 }
 
+void Measure(Bytes& bytes) {
+    const std::size_t fields = bytes.Below(4), nodes = bytes.Below(40);
+    const std::vector<float> heights = bytes.Some<float>(fields * nodes + 1);
+    const std::vector<double> areas = bytes.Some<double>(nodes + 1);
+    std::vector<tidora_figures> figures(fields + 1);
+    figures[0].highest_at = bytes.Flag() ? -1 : 0;
+    tidora_error error = {sizeof error, "", ""};
+    const std::size_t stride = nodes - (bytes.Below(8) == 0 ? 1 : 0);
+    CheckStatus(
+        tidora_measure(fields, nodes, heights.data(), stride, areas.data(), Choice(bytes, 3), figures.data(), &error),
+        error);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -176,6 +189,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             break;
         default:
             Shares(bytes);
+            Measure(bytes);
             break;
     }
     return 0;

@@ -6,8 +6,8 @@ import argparse
 import sys
 from typing import Any
 
-from ..ensemble.run import begin_run, records, status
-from ..ensemble.scenarios import scenario
+from ..ensemble.run_store import begin_run, records, status
+from ..ensemble.scenarios import compute_scenarios, scenario
 from ..ensemble.shards import do_shards
 from ..faults.slip_table import read_slip_table
 from ..fields.placing import Placing, placed
@@ -69,7 +69,7 @@ def run(args: argparse.Namespace) -> int:
     part = part_of(args)
     store, cut = begin_run(read_slip_table(args.table), args.units, args.output, at=args.at, fields=args.fields)
     with working(args), fraction_bar("Superposing") as tell:
-        do_shards(store, cut.shards, part, tell)
+        do_shards(compute_scenarios, store, cut.shards, part, tell)
     own = set(part.of(cut.shards))
     failed = [problem for shard, found in records(store, cut) if shard in own for problem in found["failed"]]
     for number, reason in failed[:_LISTED]:

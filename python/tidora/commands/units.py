@@ -8,7 +8,7 @@ from typing import Any
 
 from ..engine.structures import DEPTHS, FRAMES
 from ..ensemble.shards import do_shards
-from ..ensemble.units import begin_units
+from ..ensemble.units import begin_units, compute_units
 from ..faults.models import read_faults
 from ..fields.kinds import kind_of
 from ..fields.placing import Placing, placed
@@ -59,7 +59,7 @@ def run(args: argparse.Namespace) -> int:
         tolerance=args.tolerance,
     )
     with working(args), fraction_bar("Computing units") as tell:
-        do_shards(store, cut.shards, part, tell)
+        do_shards(compute_units, store, cut.shards, part, tell)
     missing = [shard for shard in range(cut.shards) if store.record(shard) is None]
     size = f"{cut.unit_count} units on {cut.columns} x {cut.rows} nodes"
     there = "" if not missing else f", {len(missing)} of {cut.shards} shards are missing"

@@ -19,6 +19,7 @@ _POLL = 0.1
 
 _lock = threading.Lock()
 _loaded: dict[str, ctypes.CDLL] = {}
+"""By what TIDORA_LIBRARY says: to look for the file takes longer than many a call."""
 
 
 def library_path() -> str:
@@ -58,11 +59,11 @@ def library() -> ctypes.CDLL:
     TidoraError
         If it is not there, is no library of this project, or one of another version than the package.
     """
-    path = library_path()
+    named = os.environ.get("TIDORA_LIBRARY", "")
     with _lock:
-        if path not in _loaded:
-            _loaded[path] = _load(path)
-        return _loaded[path]
+        if named not in _loaded:
+            _loaded[named] = _load(library_path())
+        return _loaded[named]
 
 
 def _load(path: str) -> ctypes.CDLL:

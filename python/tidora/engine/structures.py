@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import ctypes
 
+import numpy as np
+
 OK, INVALID, NO_MEMORY, CANCELLED, FAILED = range(5)
 """Status."""
 
@@ -150,5 +152,31 @@ FUNCTIONS = {
             ctypes.POINTER(Error),
         ],
     ),
+    "tidora_measure": (
+        ctypes.c_int,
+        [
+            ctypes.c_size_t,
+            ctypes.c_size_t,
+            ctypes.c_void_p,
+            ctypes.c_size_t,
+            ctypes.c_void_p,
+            ctypes.c_int64,
+            ctypes.c_void_p,
+            ctypes.POINTER(Error),
+        ],
+    ),
 }
 """What is called."""
+
+FIGURES = np.dtype(
+    [
+        ("highest", np.float32),
+        ("lowest", np.float32),
+        ("highest_at", np.int64),
+        ("lowest_at", np.int64),
+        ("raised", np.float64),
+        ("lowered", np.float64),
+        ("squares", np.float64),
+    ]
+)
+"""tidora_figures"""

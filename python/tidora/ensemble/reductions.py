@@ -4,12 +4,9 @@ from __future__ import annotations
 
 import numpy as np
 
+from ..engine.figures import begun
 from ..fields.measure import DENSITY, GRAVITY
 from .layout import Tile
-
-_PIECE = 512
-"""Nodes of a sum in single precision: few enough for its rounding to stay near that of one term. The sums of the pieces
-are added in double precision."""
 
 
 class Reductions:
@@ -18,59 +15,43 @@ class Reductions:
     Parameters
     ----------
     scenarios : int
-    areas : numpy.ndarray, numpy.ndarray
-        float64 (y,) and (x,): their product is the area of each cell of the grid, m2.
+    columns : int
+        Nodes of a row of the grid.
     """
 
-    def __init__(self, scenarios: int, areas: tuple[np.ndarray, np.ndarray]) -> None:
-        self._areas = areas
-        self.highest = np.full(scenarios, -np.inf, np.float32)
-        self.lowest = np.full(scenarios, np.inf, np.float32)
-        self.highest_at = np.zeros(scenarios, np.int64)
-        self.lowest_at = np.zeros(scenarios, np.int64)
-        """Number of the node, row by row from the south. Of equal values the first counts."""
-        self.raised = np.zeros(scenarios)
-        self.lowered = np.zeros(scenarios)
-        self._squares = np.zeros(scenarios)
+    def __init__(self, scenarios: int, columns: int) -> None:
+        self._columns = columns
+        self._figures = begun(scenarios)
+
+    def value(self, name: str) -> np.ndarray:
+        """(scenario,): ``highest``, ``lowest``, ``raised``, ``lowered``; the extremes at ``highest_at``, ``lowest_at``:
+        numbers of nodes, row by row from the south, of equal values the first."""
+        return self._figures[name]
 
     @property
     def energy(self) -> np.ndarray:
         """float64 (scenario,): potential energy, J."""
-        return 0.5 * DENSITY * GRAVITY * self._squares
+        return 0.5 * DENSITY * GRAVITY * self._figures["squares"]
 
-    def add(self, rows: slice, tile: Tile, first: int, heights: np.ndarray) -> None:
-        """Adds what some scenarios are on some nodes.
+    def add(self, rows: slice, tile: Tile, found: np.ndarray) -> None:
+        """Adds what some scenarios are on a tile.
 
         Parameters
         ----------
         rows : slice
             Of the scenarios.
         tile : Tile
-        first : int
-            Number of the first of the nodes within the tile, row by row.
-        heights : numpy.ndarray
-            float32 (scenario, node), m.
+        found : numpy.ndarray
+            Figures of `tidora.engine.figures` of these scenarios, nodes counted row by row within the tile.
         """
-        within = np.arange(first, first + heights.shape[1])
-        row, column = tile.y.start + within // tile.shape[1], tile.x.start + within % tile.shape[1]
-        node = row * self._areas[1].size + column
-        self._extreme(self.highest, self.highest_at, rows, node, heights, heights.argmax(axis=1), np.greater)
-        self._extreme(self.lowest, self.lowest_at, rows, node, heights, heights.argmin(axis=1), np.less)
-        areas = self._areas[0][row] * self._areas[1][column]
-        unit = areas.max()
-        relative = (areas / unit).astype(np.float32)
-        for start in range(0, heights.shape[1], _PIECE):
-            piece, area = heights[:, start : start + _PIECE], relative[start : start + _PIECE]
-            self.raised[rows] += unit * (np.maximum(piece, 0) @ area)
-            self.lowered[rows] -= unit * (np.minimum(piece, 0) @ area)
-            self._squares[rows] += unit * (np.square(piece) @ area)
-
-    @staticmethod
-    def _extreme(
-        best: np.ndarray, at: np.ndarray, rows: slice, node: np.ndarray, heights: np.ndarray, found: np.ndarray,
-        beyond: np.ufunc,
-    ) -> None:  # fmt: skip
-        value, number = heights[np.arange(found.size), found], node[found]
-        better = beyond(value, best[rows]) | ((value == best[rows]) & (number < at[rows]))
-        best[rows] = np.where(better, value, best[rows])
-        at[rows] = np.where(better, number, at[rows])
+        own = self._figures[rows]
+        fresh = own["highest_at"] < 0
+        for name, sign in (("highest", 1), ("lowest", -1)):
+            row, column = np.divmod(found[f"{name}_at"], tile.shape[1])
+            node = (tile.y.start + row) * self._columns + tile.x.start + column
+            same = (found[name] == own[name]) & (node < own[f"{name}_at"])
+            better = fresh | (sign * found[name] > sign * own[name]) | same
+            own[name] = np.where(better, found[name], own[name])
+            own[f"{name}_at"] = np.where(better, node, own[f"{name}_at"])
+        for name in ("raised", "lowered", "squares"):
+            own[name] += found[name]

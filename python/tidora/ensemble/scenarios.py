@@ -9,6 +9,7 @@ import numpy as np
 import xarray as xr
 
 from .. import arguments
+from ..engine.figures import add_figures, begun
 from ..engine.results import finished, said, variable
 from ..errors import Parameter, Path, TidoraError
 from ..faults.slip_table import SlipTable
@@ -18,7 +19,7 @@ from .gauges import Gauges, gauges_of
 from .layout import BATCH, ScenarioChunks, Tile, UnitChunks
 from .reading import Responses
 from .reductions import Reductions
-from .run import FIGURES, REASON, cut_of, open_run, table_of, units_of
+from .run_store import FIGURES, REASON, cut_of, open_run, table_of, units_of
 from .store import Store, encoded
 from .superpose import Weights, product, rakes_of, unusable, weights_of
 from .units import chunks_of, place_of
@@ -103,7 +104,7 @@ class _Found:
     """What is found of the scenarios of a shard."""
 
     def __init__(self, work: _Work) -> None:
-        self.figures = Reductions(work.count, work.areas)
+        self.figures = Reductions(work.count, work.tiles.columns)
         self.corners = None
         if work.gauges is not None:
             self.corners = np.zeros((work.count, work.gauges.corner.size), np.float32)
@@ -113,7 +114,8 @@ class _Found:
     def infinite(self) -> dict[int, str]:
         """Scenarios whose field is no finite number."""
         figures = self.figures
-        fine = np.isfinite(figures.highest) & np.isfinite(figures.lowest) & np.isfinite(figures.energy)
+        values = (figures.value("highest"), figures.value("lowest"), figures.energy)
+        fine = np.logical_and.reduce([np.isfinite(value) for value in values])
         return {int(row): "its heights are no finite numbers" for row in np.flatnonzero(~fine)}
 
 
@@ -142,18 +144,26 @@ def _add_batch(
     own = np.ascontiguousarray(matrix[:, used])
     field = np.empty((own.shape[0], tile.nodes), np.float32) if work.fields else None
     number, place = corners
+    areas = np.outer(work.areas[0][tile.y], work.areas[1][tile.x]).ravel()
+    figures = begun(own.shape[0])
     with np.errstate(over="ignore", invalid="ignore"):
         for first in range(0, tile.nodes, _NODES):
-            last = min(first + _NODES, tile.nodes)
-            heights = product(own, responses[used, first:last])
-            found.figures.add(rows, tile, first, heights)
-            here = (place >= first) & (place < last)
+            piece = slice(first, min(first + _NODES, tile.nodes))
+            heights = product(own, _taken(responses, used, piece))
+            add_figures(figures, heights, areas[piece], first)
+            here = (place >= piece.start) & (place < piece.stop)
             if found.corners is not None and here.any():
                 found.corners[rows, number[here]] = heights[:, place[here] - first]
             if field is not None:
-                field[:, first:last] = heights
+                field[:, piece] = heights
+    found.figures.add(rows, tile, figures)
     if field is not None:
         _write_fields(work, found, tile, rows, field, problems)
+
+
+def _taken(responses: np.ndarray, used: np.ndarray, piece: slice) -> np.ndarray:
+    """The columns that are used, on some nodes; without a copy when all are."""
+    return responses[:, piece] if used.size == responses.shape[0] else responses[used, piece]
 
 
 def _corners_within(work: _Work, tile: Tile) -> tuple[np.ndarray, np.ndarray]:
@@ -194,11 +204,12 @@ def _write(work: _Work, shard: int, found: _Found, problems: dict[int, str]) -> 
     """Writes the figures of a shard: their keys, and what the store has said of them."""
     figures, size = found.figures, work.cut.scenarios
     failed = list(problems)
-    columns: dict[str, np.ndarray] = {"highest": figures.highest, "lowest": figures.lowest}
-    for name, at in (("highest", figures.highest_at), ("lowest", figures.lowest_at)):
+    columns = {name: figures.value(name) for name in ("highest", "lowest", "raised", "lowered")}
+    columns["energy"] = figures.energy
+    for name in ("highest", "lowest"):
+        at = figures.value(f"{name}_at")
         columns[f"{name}_x"] = work.axes["x"][at % work.tiles.columns]
         columns[f"{name}_y"] = work.axes["y"][at // work.tiles.columns]
-    columns.update(raised=figures.raised, lowered=figures.lowered, energy=figures.energy)
     written = {}
     for name, (dtype, _, _) in FIGURES.items():
         chunk = np.full(size, np.nan, f"<{dtype}")

@@ -8,11 +8,13 @@ from __future__ import annotations
 
 import concurrent.futures
 import os
+import sys
 from dataclasses import dataclass
+from functools import partial
 from typing import Any, Callable, Iterator, Optional
 
 from ..errors import Parameter, TidoraError
-from .store import KIND, Store
+from .store import Store
 
 _PULSE = 15.0
 """s between looks at the workers of a scheduler."""
@@ -21,6 +23,9 @@ _PATIENCE = 20
 """Looks without any worker."""
 
 Tell = Callable[[float], Any]
+
+Work = Callable[[Store, int], None]
+"""Computes and writes a shard of a store. A function of a module, which travels by its name."""
 
 
 @dataclass(frozen=True)
@@ -38,8 +43,8 @@ class Part:
 WHOLE = Part()
 
 
-def do_shard(path: str, shard: int) -> Optional[str]:
-    """Does a shard of a store, whatever the store is.
+def do_shard(work: Work, path: str, shard: int) -> Optional[str]:
+    """Does a shard of a store.
 
     Returns
     -------
@@ -47,14 +52,10 @@ def do_shard(path: str, shard: int) -> Optional[str]:
         What went wrong, as text: it has to travel from another process.
     """
     from .blas import single_thread
-    from .scenarios import compute_scenarios
-    from .units import compute_units
 
-    compute = {"units": compute_units, "run": compute_scenarios}
     try:
-        store = Store(path)
         with single_thread():
-            compute[store.attributes()[KIND]](store, shard)
+            work(Store(path), shard)
         return None
     except TidoraError as error:
         return str(error)
@@ -64,13 +65,14 @@ def do_shard(path: str, shard: int) -> Optional[str]:
         return f"{error.filename or path}: {error.strerror or error}"
 
 
-def do_shards(store: Store, count: int, part: Part, progress: Optional[Tell]) -> None:
+def do_shards(work: Work, store: Store, count: int, part: Part, progress: Optional[Tell]) -> None:
     """Does what is not there yet of the shards of a part.
 
     By the Dask client that is active, else by threads, as many as the process has cores.
 
     Parameters
     ----------
+    work : callable
     store : Store
     count : int
         Shards of the store.
@@ -88,7 +90,7 @@ def do_shards(store: Store, count: int, part: Part, progress: Optional[Tell]) ->
     done = len(numbers) - len(missing)
     if progress is not None:
         progress(done / len(numbers) if numbers else 1.0)
-    for problem in _ended(store.path, missing):
+    for problem in _ended(work, store.path, missing):
         if problem is not None:
             raise TidoraError(problem)
         done += 1
@@ -102,15 +104,15 @@ def _is_done(store: Store, shard: int) -> bool:
     return store.is_whole(shard) and not (store.record(shard) or {}).get("again", False)
 
 
-def _ended(path: str, numbers: list[int]) -> Iterator[Optional[str]]:
+def _ended(work: Work, path: str, numbers: list[int]) -> Iterator[Optional[str]]:
     """The results of shards, as they end."""
     client = active_client()
     if client is not None and numbers:
-        yield from _by_client(client, path, numbers)
+        yield from _by_client(client, work, path, numbers)
         return
     workers = max(1, min(len(numbers), cores()))
     with concurrent.futures.ThreadPoolExecutor(workers) as pool:
-        futures = [pool.submit(do_shard, path, number) for number in numbers]
+        futures = [pool.submit(do_shard, work, path, number) for number in numbers]
         try:
             for future in concurrent.futures.as_completed(futures):
                 yield future.result()
@@ -118,10 +120,10 @@ def _ended(path: str, numbers: list[int]) -> Iterator[Optional[str]]:
             pool.shutdown(wait=True, cancel_futures=True)
 
 
-def _by_client(client: Any, path: str, numbers: list[int]) -> Iterator[Optional[str]]:
+def _by_client(client: Any, work: Work, path: str, numbers: list[int]) -> Iterator[Optional[str]]:
     from distributed import wait
 
-    pending = set(client.map(do_shard, [path] * len(numbers), numbers, pure=False, key="tidora-shard"))
+    pending = set(client.map(partial(do_shard, work, path), numbers, pure=False, key="tidora-shard"))
     alone = 0
     try:
         while pending:
@@ -151,8 +153,6 @@ def _result(path: str, future: Any) -> Optional[str]:
 
 def active_client() -> Optional[Any]:
     """The Dask client that is active, if the caller has one."""
-    import sys
-
     if "distributed" not in sys.modules:  # nobody can have made one
         return None
     import distributed

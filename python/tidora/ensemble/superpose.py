@@ -140,7 +140,9 @@ def product(weights: np.ndarray, responses: np.ndarray) -> np.ndarray:
     rows = weights.shape[0]
     if rows < _SMALL:
         weights = np.concatenate([weights, np.zeros((_SMALL - rows, weights.shape[1]), np.float32)])
-    total = np.zeros((weights.shape[0], responses.shape[1]), np.float32)
+    total = np.empty((weights.shape[0], responses.shape[1]), np.float32)
+    if not weights.shape[1]:
+        total.fill(0.0)
     for start in range(0, weights.shape[1], _DEPTH):
         columns = slice(start, start + _DEPTH)
         if start == 0:

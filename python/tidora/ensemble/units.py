@@ -87,7 +87,7 @@ def unit_sources(
         faults, topography, store, slope=slope, kajiura=kajiura, frame=frame, depth=depth, tolerance=tolerance,
         chunks=chunks,
     )  # fmt: skip
-    do_shards(place, cut.shards, WHOLE, progress)
+    do_shards(compute_units, place, cut.shards, WHOLE, progress)
     return place.opened()
 
 
