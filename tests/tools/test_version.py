@@ -1,4 +1,4 @@
-"""The version stands in the file VERSION; program, package and changelog agree with it."""
+"""The version stands in the file VERSION; project, package and changelog agree with it. The program's is its own."""
 
 import importlib.util
 import os
@@ -16,10 +16,14 @@ class Version(unittest.TestCase):
         self.assertRegex(self.version, r"^\d+\.\d+\.\d+\n$")
         self.version = self.version.strip()
 
-    def test_the_project_and_the_banner_of_the_program(self) -> None:
+    def test_the_project(self) -> None:
         self.assertEqual(os.environ["TIDORA_PROJECT_VERSION"], self.version)
+
+    def test_the_banner_of_the_program_is_a_fixed_text(self) -> None:
         result = subprocess.run([os.environ["TIDORA_PROGRAM"]], stdout=subprocess.PIPE, text=True, check=True)
-        self.assertEqual(result.stdout.splitlines()[1].strip(), "Tidora version " + self.version)
+        self.assertEqual(result.stdout.splitlines()[1].strip(), "Tidora version 1.0.938")
+        page = (_TREE / "docs" / "versioning.md").read_text(encoding="utf-8")
+        self.assertIn("`Tidora version 1.0.938`", page)
 
     def test_the_package(self) -> None:
         spec = importlib.util.spec_from_file_location("version", _TREE / "python" / "tidora" / "version.py")
