@@ -43,6 +43,22 @@ install(
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 
+# The manual page of the program, made from the manual. That of tdr is made beside it, for who packages tdr.
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_Interpreter_FOUND)
+  set(man_pages "${PROJECT_BINARY_DIR}/man/Tidora.1" "${PROJECT_BINARY_DIR}/man/tdr.1")
+  add_custom_command(
+    OUTPUT ${man_pages}
+    COMMAND "${Python3_EXECUTABLE}" -B "${PROJECT_SOURCE_DIR}/scripts/man_pages" "${PROJECT_BINARY_DIR}/man"
+    DEPENDS "${PROJECT_SOURCE_DIR}/scripts/man_pages" "${PROJECT_SOURCE_DIR}/docs/manual.md"
+            "${PROJECT_SOURCE_DIR}/docs/tdr.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_SOURCE_DIR}/VERSION"
+    VERBATIM)
+  add_custom_target(tidora_man ALL DEPENDS ${man_pages})
+  install(FILES "${PROJECT_BINARY_DIR}/man/Tidora.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+else()
+  message(STATUS "No Python: the manual page is not made")
+endif()
+
 set(config_folder "${CMAKE_INSTALL_LIBDIR}/cmake/Tidora")
 install(
   EXPORT TidoraTargets

@@ -23,10 +23,14 @@ openers=(gmt gdal-bin netcdf-bin)
 case "${1-}" in
     "") ;;
     --python) packages+=("${python[@]}") ;;
-    --tests) packages+=(doctest-dev gfortran pkgconf "${python[@]}" python3-pytest python3-hypothesis "${openers[@]}") ;;
+    --tests)
+        packages+=(doctest-dev gfortran pkgconf groff-base man-db)
+        packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}")
+        ;;
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
-        packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git)
+        packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git
+            groff-base man-db mandoc)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" black flake8 mypy)
         tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)
         ;;
