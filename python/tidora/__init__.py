@@ -19,6 +19,7 @@ from .faults.making import make_faults
 from .faults.models import read_faults
 from .faults.moment import seismic_moment
 from .faults.outlines import outlines
+from .faults.scaling import scaling
 from .faults.slip_table import make_slip_table, read_slip_table, write_slip_table
 from .faults.table import write_faults
 from .fields.series import snapshot, total
@@ -44,6 +45,7 @@ __all__ = [
     "points",
     "read_faults",
     "read_slip_table",
+    "scaling",
     "scenario",
     "seismic_moment",
     "snapshot",
