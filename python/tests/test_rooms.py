@@ -72,7 +72,7 @@ def test_the_library_names_no_option_and_prints_nothing(path):
 # Their names of parameters are computed: from a loop over names, or from what a caller says.
 COMPUTED = {
     "arguments.py", "binding.py", "conversion.py", "deform.py", "kajiura.py", "making.py", "nodes.py",
-    "slip_rows.py", "table.py", "where.py",
+    "slip_rows.py", "stochastic.py", "table.py", "where.py",
 }  # fmt: skip
 
 

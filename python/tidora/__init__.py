@@ -21,6 +21,7 @@ from .faults.moment import seismic_moment
 from .faults.outlines import outlines
 from .faults.scaling import scaling
 from .faults.slip_table import make_slip_table, read_slip_table, write_slip_table
+from .faults.stochastic import stochastic_slip
 from .faults.table import write_faults
 from .fields.series import snapshot, total
 from .formats.grid import open_grid, write_grid
@@ -50,6 +51,7 @@ __all__ = [
     "seismic_moment",
     "snapshot",
     "source",
+    "stochastic_slip",
     "total",
     "unit_sources",
     "write_faults",
