@@ -11,6 +11,7 @@ from ..ensemble.scenarios import compute_scenarios, scenario
 from ..ensemble.shards import do_shards
 from ..faults.slip_table import read_slip_table
 from ..fields.placing import Placing, placed
+from . import ensemble_make
 from .fields import check_ending, summary, write_field
 from .options import in_options, region
 from .progress import fraction_bar
@@ -24,6 +25,7 @@ def add(commands: Any) -> None:
     """Its commands and their options."""
     parser = commands.add_parser("ensemble", help="many scenarios over the same units", description=__doc__)
     own = parser.add_subparsers(required=True, metavar="COMMAND")
+    ensemble_make.add(own)
     _add_run(own)
     _add_status(own)
     _add_show(own)
