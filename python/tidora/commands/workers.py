@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import argparse
+import asyncio
 import contextlib
 import logging
 import os
@@ -45,7 +46,7 @@ def working(args: argparse.Namespace) -> Iterator[None]:
             client = stack.enter_context(distributed.Client(stack.enter_context(_processes(args.workers or cores()))))
         try:
             client.wait_for_workers(1, timeout=_PATIENCE)
-        except TimeoutError:
+        except asyncio.TimeoutError:
             raise TidoraError((Parameter("scheduler"), f" has had no workers for {_PATIENCE} s")) from None
         yield
 

@@ -48,7 +48,7 @@ def combine(units: Union[xr.Dataset, Path], table: Union[xr.Dataset, Path], *, s
     numbers = _numbers(scenarios, slips.count)
     chosen = selected(slips, numbers)
     count = opened.sizes["unit"]
-    problems = unusable(chosen, slice(0, chosen.count), count)
+    problems = unusable(chosen, count)
     for row, reason in problems.items():
         raise TidoraError((Parameter("table"), f": scenario {numbers[row]}: {reason}"))
     response = dask.array.asarray(opened["response"].data)
@@ -105,7 +105,7 @@ def _part(response: Any, slips: SlipTable, rows: slice, rakes: Optional[np.ndarr
 
 def _combined(response: np.ndarray, slips: SlipTable, rakes: Optional[np.ndarray]) -> np.ndarray:
     """float32 (scenario, y, x) from the responses of all units of the scenarios on some nodes."""
-    weights = weights_of(slips, slice(0, slips.count), rakes)
+    weights = weights_of(slips, rakes)
     of_units = response[weights.unit].reshape(weights.unit.size, 2, -1)
     columns = np.einsum("cm,cmn->cn", weights.share, of_units)
     return product(weights.matrix, columns).reshape(slips.count, *response.shape[2:])

@@ -169,6 +169,9 @@ BATCH = 256
 _TASK = 2.0
 """s: what a shard should take."""
 
+_WEIGHTS = 1 << 24
+"""Weights of the scenarios of a shard, which a worker holds."""
+
 _FEW = 4096
 """Scenarios: up to so many, shards are single batches, so that several workers have something to do."""
 
@@ -176,6 +179,7 @@ _FEW = 4096
 def scenario_chunks(count: int, unit_count: int, nodes: int, tile_nodes: int) -> ScenarioChunks:
     """How the scenarios of a run are cut, by what is known before anything is read."""
     per_scenario = nodes * (min(unit_count, 200) * 0.04e-9 + 2e-9)
-    batches = 1 if count <= _FEW else min(64, max(2, round(_TASK / (per_scenario * BATCH))))
+    most = max(1, _WEIGHTS // (2 * unit_count * BATCH))
+    batches = 1 if count <= _FEW else min(64, most, max(2, round(_TASK / (per_scenario * BATCH))))
     fields = 1 << max(0, min(BATCH.bit_length() - 1, int(math.log2(max(1.0, CHUNK / (_VALUE * tile_nodes))))))
     return ScenarioChunks(min(batches * BATCH, max(count, 1)), min(fields, max(count, 1)), count)

@@ -202,10 +202,12 @@ def units_of(place: Store, run: xr.Dataset) -> xr.Dataset:
     return units
 
 
-def table_of(run: xr.Dataset) -> SlipTable:
-    """The slip table of a run."""
-    names = ("indptr", "unit", "slip", "rake", "magnitude")
-    return SlipTable(*(run[name].values for name in names))
+def table_of(run: xr.Dataset, rows: slice) -> SlipTable:
+    """The slip table of some scenarios of a run; nothing else of it is read."""
+    edges = run["indptr"][rows.start : rows.stop + 1].values
+    entries = slice(int(edges[0]), int(edges[-1]))
+    unit, slip, rake = (run[name][entries].values for name in ("unit", "slip", "rake"))
+    return SlipTable(edges - edges[0], unit, slip, rake, run["magnitude"][rows].values)
 
 
 def records(place: Store, cut: ScenarioChunks) -> Iterator[tuple[int, dict[str, Any]]]:

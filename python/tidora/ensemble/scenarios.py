@@ -53,13 +53,13 @@ class _Work:
         """Of its scenarios, but those with problems."""
         skipped = np.zeros(self.count, bool)
         skipped[list(problems)] = True
-        return weights_of(self.slips, self.rows, self.rakes, skipped)
+        return weights_of(self.slips, self.rakes, skipped)
 
 
 def compute_scenarios(place: Store, shard: int) -> None:
     """Computes and writes a shard of a run."""
     work = _work(place, shard)
-    problems = unusable(work.slips, work.rows, work.tiles.unit_count)
+    problems = unusable(work.slips, work.tiles.unit_count)
     repairable = False
     while True:
         weights = work.weights(problems)
@@ -79,7 +79,8 @@ def _work(place: Store, shard: int) -> _Work:
     run = place.opened()
     units = units_of(place, run)
     cut, tiles = cut_of(run), chunks_of(units)
-    slips = table_of(run)
+    rows = cut.rows_of(shard)
+    slips = table_of(run, rows)
     axes = {axis: units[axis].values for axis in ("y", "x")}
     gauges = None
     if "eta" in run:
@@ -90,7 +91,7 @@ def _work(place: Store, shard: int) -> _Work:
         place_of(units),
         tiles,
         cut,
-        cut.rows_of(shard),
+        rows,
         slips,
         rakes_of(slips, tiles.unit_count) if run.attrs["joined"] else None,
         axes,
@@ -124,6 +125,7 @@ def _superposed(work: _Work, weights: Weights, problems: dict[int, str], damaged
     found = _Found(work)
     responses = Responses(work.units, work.tiles, weights)
     for tile in work.tiles.tiles():
+        work.place.proceed()
         of_tile = responses.on(tile, damaged)
         if damaged:
             continue
@@ -255,14 +257,14 @@ def scenario(store: Path, number: int) -> xr.DataArray:
     if not 0 <= number < count:
         raise TidoraError((Parameter("number"), f" is from 0 to {count - 1}, not {number}"))
     units = units_of(place, run)
-    tiles, slips = chunks_of(units), table_of(run)
-    rows = slice(int(number), int(number) + 1)
-    problems = unusable(slips, rows, tiles.unit_count)
-    weights = weights_of(slips, rows, rakes_of(slips, tiles.unit_count) if run.attrs["joined"] else None)
-    responses, damaged = Responses(place_of(units), tiles, weights), dict[int, str]()
-    values = np.zeros((tiles.rows, tiles.columns), np.float32)
-    for tile in tiles.tiles() if not problems else ():
-        values[tile.y, tile.x] = product(weights.matrix, responses.on(tile, damaged))[0].reshape(tile.shape)
+    tiles, slips = chunks_of(units), table_of(run, slice(int(number), int(number) + 1))
+    problems = unusable(slips, tiles.unit_count)
+    values, damaged = np.zeros((tiles.rows, tiles.columns), np.float32), dict[int, str]()
+    if not problems:
+        weights = weights_of(slips, rakes_of(slips, tiles.unit_count) if run.attrs["joined"] else None)
+        responses = Responses(place_of(units), tiles, weights)
+        for tile in tiles.tiles():
+            values[tile.y, tile.x] = product(weights.matrix, responses.on(tile, damaged))[0].reshape(tile.shape)
     for reason in (*problems.values(), *damaged.values()):
         raise TidoraError((f"{place.path}: scenario {number}: {reason}",))
     history = f"{run.attrs['history']}\n{said('scenario', number=int(number))}"

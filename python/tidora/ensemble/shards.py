@@ -6,15 +6,18 @@ a part each. A shard that is there is not done again.
 
 from __future__ import annotations
 
+import asyncio
 import concurrent.futures
+import contextlib
 import os
 import sys
+import threading
 from dataclasses import dataclass
 from functools import partial
-from typing import Any, Callable, Iterator, Optional
+from typing import Any, Callable, Generator, Iterator, Optional
 
 from ..errors import Parameter, TidoraError
-from .store import Store
+from .store import Stopped, Store
 
 _PULSE = 15.0
 """s between looks at the workers of a scheduler."""
@@ -43,7 +46,7 @@ class Part:
 WHOLE = Part()
 
 
-def do_shard(work: Work, path: str, shard: int) -> Optional[str]:
+def do_shard(work: Work, path: str, shard: int, stop: Optional[threading.Event] = None) -> Optional[str]:
     """Does a shard of a store.
 
     Returns
@@ -55,7 +58,9 @@ def do_shard(work: Work, path: str, shard: int) -> Optional[str]:
 
     try:
         with single_thread():
-            work(Store(path), shard)
+            work(Store(path, stop), shard)
+        return None
+    except Stopped:
         return None
     except TidoraError as error:
         return str(error)
@@ -90,12 +95,14 @@ def do_shards(work: Work, store: Store, count: int, part: Part, progress: Option
     done = len(numbers) - len(missing)
     if progress is not None:
         progress(done / len(numbers) if numbers else 1.0)
-    for problem in _ended(work, store.path, missing):
-        if problem is not None:
-            raise TidoraError(problem)
-        done += 1
-        if progress is not None:
-            progress(done / len(numbers))
+    # Closed here, so that nothing goes on behind the back of whoever catches what is raised.
+    with contextlib.closing(_ended(work, store.path, missing)) as ended:
+        for problem in ended:
+            if problem is not None:
+                raise TidoraError(problem)
+            done += 1
+            if progress is not None:
+                progress(done / len(numbers))
     store.sweep(count)
 
 
@@ -104,19 +111,21 @@ def _is_done(store: Store, shard: int) -> bool:
     return store.is_whole(shard) and not (store.record(shard) or {}).get("again", False)
 
 
-def _ended(work: Work, path: str, numbers: list[int]) -> Iterator[Optional[str]]:
+def _ended(work: Work, path: str, numbers: list[int]) -> Generator[Optional[str], None, None]:
     """The results of shards, as they end."""
     client = active_client()
     if client is not None and numbers:
         yield from _by_client(client, work, path, numbers)
         return
     workers = max(1, min(len(numbers), cores()))
+    stop = threading.Event()
     with concurrent.futures.ThreadPoolExecutor(workers) as pool:
-        futures = [pool.submit(do_shard, work, path, number) for number in numbers]
+        futures = [pool.submit(do_shard, work, path, number, stop) for number in numbers]
         try:
             for future in concurrent.futures.as_completed(futures):
                 yield future.result()
         finally:
+            stop.set()
             pool.shutdown(wait=True, cancel_futures=True)
 
 
@@ -129,7 +138,7 @@ def _by_client(client: Any, work: Work, path: str, numbers: list[int]) -> Iterat
         while pending:
             try:
                 done, pending = wait(pending, timeout=_PULSE, return_when="FIRST_COMPLETED")
-            except TimeoutError:
+            except asyncio.TimeoutError:
                 alone = 0 if client.scheduler_info()["workers"] else alone + 1
                 if alone > _PATIENCE:
                     yield f"{path}: all workers are gone, and none has come for {_PATIENCE * _PULSE:g} s"

@@ -23,6 +23,7 @@ import json
 import os
 import shutil
 import socket
+import threading
 import zlib
 from typing import Any, Callable, Mapping, Optional
 
@@ -82,16 +83,34 @@ def skeleton(dataset: xr.Dataset, chunks: Mapping[str, tuple[int, ...]]) -> dict
     return {name: bytes(content) for name, content in files.items()}
 
 
+class Stopped(Exception):
+    """Somebody does not want the work any more."""
+
+
 class Store:
     """The folder of a store.
 
     Parameters
     ----------
     path : path
+    stop : threading.Event, optional
+        Is set when the work is not wanted any more.
     """
 
-    def __init__(self, path: Path) -> None:
+    def __init__(self, path: Path, stop: Optional[threading.Event] = None) -> None:
         self.path = os.path.abspath(os.fspath(path))
+        self._stop = stop
+
+    def proceed(self) -> None:
+        """Is called now and then by whoever works on the store.
+
+        Raises
+        ------
+        Stopped
+            If the work is not wanted any more.
+        """
+        if self._stop is not None and self._stop.is_set():
+            raise Stopped
 
     def create(self, files: Mapping[str, bytes], name: str) -> None:
         """Makes the store, or finds it made by somebody who wanted the same.

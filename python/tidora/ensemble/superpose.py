@@ -58,12 +58,11 @@ def rakes_of(table: SlipTable, unit_count: int) -> Optional[np.ndarray]:
     return rakes if bool(np.all(rakes[unit] == rake)) else None
 
 
-def unusable(table: SlipTable, rows: slice, unit_count: int) -> dict[int, str]:
-    """The scenarios of some rows that cannot be computed, counted from the first row, each with the reason."""
-    first, last = table.indptr[rows.start], table.indptr[rows.stop]
-    unit, slip, rake = table.unit[first:last], table.slip[first:last], table.rake[first:last]
+def unusable(table: SlipTable, unit_count: int) -> dict[int, str]:
+    """The scenarios of a table that cannot be computed, each with the reason."""
+    unit, slip, rake = table.unit, table.slip, table.rake
     wrong = np.flatnonzero((unit < 0) | (unit >= unit_count) | ~np.isfinite(slip) | ~np.isfinite(rake))
-    scenario = np.searchsorted(table.indptr[rows.start : rows.stop + 1], first + wrong, side="right") - 1
+    scenario = np.searchsorted(table.indptr, wrong, side="right") - 1
     problems: dict[int, str] = {}
     for row, entry in zip(scenario.tolist(), wrong.tolist()):
         if row not in problems:
@@ -86,27 +85,21 @@ def selected(table: SlipTable, numbers: np.ndarray) -> SlipTable:
     return SlipTable(indptr, table.unit[entry], table.slip[entry], table.rake[entry], table.magnitude[numbers])
 
 
-def weights_of(
-    table: SlipTable, rows: slice, rakes: Optional[np.ndarray], skipped: Optional[np.ndarray] = None
-) -> Weights:
-    """Weights of some scenarios of a table.
+def weights_of(table: SlipTable, rakes: Optional[np.ndarray], skipped: Optional[np.ndarray] = None) -> Weights:
+    """Weights of the scenarios of a table.
 
     Parameters
     ----------
     table : SlipTable
-    rows : slice
-        Of its scenarios.
     rakes : numpy.ndarray, optional
         Of `rakes_of`.
     skipped : numpy.ndarray, optional
-        bool, of the scenarios `rows`: those that cannot be computed get no weights.
+        bool, of the scenarios: those that cannot be computed get no weights.
     """
-    first, last = table.indptr[rows.start], table.indptr[rows.stop]
-    counts = np.diff(table.indptr[rows.start : rows.stop + 1])
+    counts = np.diff(table.indptr)
     scenario = np.repeat(np.arange(counts.size), counts)
     kept = np.ones(scenario.size, bool) if skipped is None else ~skipped[scenario]
-    scenario, unit = scenario[kept], table.unit[first:last][kept]
-    slip, rake = table.slip[first:last][kept], table.rake[first:last][kept]
+    scenario, unit, slip, rake = scenario[kept], table.unit[kept], table.slip[kept], table.rake[kept]
     if rakes is not None:
         columns, of_entry = np.unique(unit, return_inverse=True)
         share = components(np.ones(columns.size), rakes[columns])

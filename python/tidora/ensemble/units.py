@@ -230,6 +230,7 @@ def compute_units(store: Store, shard: int) -> None:
     for first in range(0, len(rakes), per_chunk):
         responses = np.full((cut.units, per_chunk, *nodes.shape), np.nan, np.float32)
         for place, unit in enumerate(numbers):
+            store.proceed()
             for number, rake in enumerate(rakes[first : first + per_chunk]):
                 responses[place, number] = _response(columns, unit, rake, nodes, request, bool(units.attrs["kajiura"]))
         for tile in cut.tiles():
