@@ -90,7 +90,7 @@ def test_another_seed_gives_other_slip_and_numbers_stay_from_version_to_version(
     faults = plane(12, 5)
     one, other = (tidora.stochastic_slip(faults, 8.5, 3, seed=seed) for seed in (1, 2))
     assert not np.array_equal(some(one, 0, 3), some(other, 0, 3))
-    # A snapshot of version 1.0.938: whoever has kept a seed wants the slip of it again.
+    # A snapshot of version 1.1.0: whoever has kept a seed wants the slip of it again.
     found = checked_slip_table(one)
     some_of = np.flatnonzero(found.slip > 0)[[0, 40, 80]]
     assert found.unit[some_of].tolist() == [7, 52, 32]

@@ -13,7 +13,7 @@ from ..errors import Parameter, TidoraError
 from ..version import VERSION
 
 MAGNITUDES = (0.0, 11.0)
-"""What a magnitude may be. The relations were made from about 6 to 9.5; beyond, they are straight on."""
+"""What a magnitude may be. Beyond the earthquakes from which a relation was made it goes straight on."""
 
 
 class Line(NamedTuple):

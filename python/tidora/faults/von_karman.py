@@ -22,7 +22,8 @@ HURST = 0.75
 VARIATION = 0.75
 LENGTH_ALONG = (-2.5, 1.0 / 2.0)
 LENGTH_DOWN = (-1.5, 1.0 / 3.0)
-"""log10 of a correlation length in km: a + b Mw. Mai and Beroza (2002), as quoted by others."""
+"""log10 of a correlation length in km: a + b Mw. Like `HURST` from Mai and Beroza (2002), but not checked against
+the paper."""
 
 LARGEST = 4096
 """Cells of a rupture at most: their covariance takes 128 MB and its factor a minute."""
