@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import hashlib
 import json
+from dataclasses import replace
 from typing import Any, Mapping, Optional
 
 import numpy as np
@@ -16,6 +17,8 @@ from ..engine.nodes import NO_TOPOGRAPHY, Nodes, Where, nodes_of
 from ..engine.results import said
 from ..errors import FileError, Parameter, Path, TidoraError
 from ..faults.table import NAMES, checked_columns
+from ..fields.kinds import GEOGRAPHIC
+from ..fields.reference import GEOGRAPHIC_CRS, to_crs
 from ..version import VERSION
 from .layout import UnitChunks, unit_chunks
 from .shards import WHOLE, Tell, do_shards
@@ -106,7 +109,7 @@ def begin_units(
     """Makes the store of `unit_sources` without responses yet, or finds it."""
     columns = checked_columns(faults)
     arguments.path("store", store)
-    nodes = nodes_of(topography, "topography")
+    nodes = _said_where(nodes_of(topography, "topography"))
     if not nodes.is_grid:
         raise TidoraError((Parameter("topography"), " is a grid, not points"))
     if nodes.x.size * nodes.y.size < 2:
@@ -127,6 +130,13 @@ def begin_units(
     place = Store(store)
     place.create(skeleton(dataset, {"response": cut.shape}), "store")
     return place, cut
+
+
+def _said_where(nodes: Nodes) -> Nodes:
+    """The same nodes with the reference system that is taken for degrees: whoever opened the topography, and how."""
+    if nodes.kind != GEOGRAPHIC or nodes.attrs.get("crs_wkt"):
+        return nodes
+    return replace(nodes, attrs={**nodes.attrs, "crs_wkt": to_crs(GEOGRAPHIC_CRS).to_wkt()})
 
 
 def _request(
@@ -174,6 +184,7 @@ def _described(
     identity = {
         **options,
         "coord": nodes.kind,
+        "grid": _numbers(nodes.attrs),
         "chunks": list(cut.shape),
         "elements": digest(*(columns[name] for name in NAMES)),
         "topography": digest(nodes.x, nodes.y, *(() if nodes.floor is None else (nodes.topography(),))),
