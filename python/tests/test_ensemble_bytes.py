@@ -41,11 +41,11 @@ def hold(folder, good):
 
 
 def test_a_store_holds_shards_chunks_and_metadata_and_nothing_else(good):
-    for store, shards, result in (("units.zarr", 5, "response"), ("run.zarr", 3, "field")):
+    for store, count, result in (("units.zarr", 5, "response"), ("run.zarr", 3, "field")):
         names = set(good[store])
-        assert {f".shards/{number}" for number in range(shards)} <= names
+        assert {f".shards/{number}" for number in range(count)} <= names
         assert not [name for name in names if "partial" in name]
-        noted = [json.loads(good[store][f".shards/{number}"])["chunks"] for number in range(shards)]
+        noted = [json.loads(good[store][f".shards/{number}"])["chunks"] for number in range(count)]
         listed = {name for chunks in noted for name in chunks}
         assert {name for name in names if name.startswith(f"{result}/") and name[-1].isdigit()} <= listed <= names
 
