@@ -150,7 +150,7 @@ def scheduler(folder, workers=2):
     for _ in range(workers):
         processes.append(subprocess.Popen(worker, env=environment(**worker_environment()), **quiet))
     try:
-        _wait_for(file)
+        wait_for(file)
         yield file, processes
     finally:
         for process in reversed(processes):
@@ -158,7 +158,14 @@ def scheduler(folder, workers=2):
             process.wait()
 
 
-def _wait_for(file):
+@contextmanager
+def nobody():
+    """In place of a scheduler."""
+    yield
+
+
+def wait_for(file):
+    """Until a file is there."""
     end = time.monotonic() + WORKER_SECONDS
     while not file.exists():
         assert time.monotonic() < end, f"{file} does not appear"
