@@ -15,7 +15,7 @@ from . import ensemble_make
 from .fields import check_ending, summary, write_field
 from .options import in_options, region
 from .progress import fraction_bar
-from .workers import add_worker_options, part_of, working
+from .workers import add_worker_options, working
 
 _LISTED = 20
 """Failed scenarios that a run lists; ``status`` lists all."""
@@ -68,11 +68,10 @@ def _add_show(commands: Any) -> None:
 
 def run(args: argparse.Namespace) -> int:
     """Does what is missing of a run, and lists what failed."""
-    part = part_of(args)
     store, cut = begin_run(read_slip_table(args.table), args.units, args.output, at=args.at, fields=args.fields)
     with working(args), fraction_bar("Superposing") as tell:
-        do_shards(compute_scenarios, store, cut.shards, part, tell)
-    own = set(part.of(cut.shards))
+        do_shards(compute_scenarios, store, cut.shards, args.part, tell)
+    own = set(args.part.of(cut.shards))
     failed = [problem for shard, found in records(store, cut) if shard in own for problem in found["failed"]]
     for number, reason in failed[:_LISTED]:
         print(f"tdr: scenario {number}: {reason}", file=sys.stderr)

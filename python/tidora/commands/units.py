@@ -15,7 +15,7 @@ from ..fields.placing import Placing, placed
 from ..formats.registry import open_field
 from .options import add_input_options, add_reference, in_options, not_negative, region, spacing
 from .progress import fraction_bar
-from .workers import add_worker_options, part_of, working
+from .workers import add_worker_options, working
 
 
 def add(commands: Any) -> None:
@@ -44,7 +44,6 @@ def add(commands: Any) -> None:
 
 def run(args: argparse.Namespace) -> int:
     """Computes what is missing, and says what is there."""
-    part = part_of(args)
     opened = open_field(args.topography, args.coord, args.variable)
     topography, notes = placed(opened, Placing(args.region, args.spacing))
     faults = read_faults(args.model, kind_of(topography), reference=args.reference)
@@ -59,7 +58,7 @@ def run(args: argparse.Namespace) -> int:
         tolerance=args.tolerance,
     )
     with working(args), fraction_bar("Computing units") as tell:
-        do_shards(compute_units, store, cut.shards, part, tell)
+        do_shards(compute_units, store, cut.shards, args.part, tell)
     missing = [shard for shard in range(cut.shards) if store.record(shard) is None]
     size = f"{cut.unit_count} units on {cut.columns} x {cut.rows} nodes"
     there = "" if not missing else f", {len(missing)} of {cut.shards} shards are missing"

@@ -10,8 +10,8 @@ import os
 from typing import Any, Iterator
 
 from ..ensemble.blas import worker_environment
-from ..ensemble.shards import WHOLE, Part, checked_part, cores
-from ..errors import Parameter, TidoraError
+from ..ensemble.shards import WHOLE, Part, cores
+from ..errors import TidoraError
 from .options import whole
 
 _PATIENCE = 300
@@ -25,12 +25,19 @@ def add_worker_options(parser: argparse.ArgumentParser) -> None:
         "--workers", type=whole, metavar="N", help="processes of this machine (as many as it gives this one cores)"
     )
     who.add_argument("--scheduler", metavar="S", help="address of a Dask scheduler, or its scheduler file")
-    who.add_argument("--part", metavar="I/N", help="only part I of N, for array jobs; I from 1 to N")
+    who.add_argument(
+        "--part", type=_part, default=WHOLE, metavar="I/N", help="only part I of N, for array jobs; I from 1 to N"
+    )
 
 
-def part_of(args: argparse.Namespace) -> Part:
-    """The part that is asked for."""
-    return WHOLE if args.part is None else checked_part(args.part)
+def _part(word: str) -> Part:
+    """``I/N``."""
+    numbers = word.split("/")
+    if len(numbers) == 2 and all(number.isascii() and number.isdigit() and len(number) < 10 for number in numbers):
+        part = Part(*map(int, numbers))
+        if 1 <= part.number <= part.count:
+            return part
+    raise argparse.ArgumentTypeError(f"{word} is not I/N with I from 1 to N")
 
 
 @contextlib.contextmanager
@@ -47,7 +54,7 @@ def working(args: argparse.Namespace) -> Iterator[None]:
         try:
             client.wait_for_workers(1, timeout=_PATIENCE)
         except asyncio.TimeoutError:
-            raise TidoraError((Parameter("scheduler"), f" has had no workers for {_PATIENCE} s")) from None
+            raise TidoraError(f"--scheduler has had no workers for {_PATIENCE} s") from None
         yield
 
 
@@ -60,7 +67,7 @@ def _client(scheduler: str) -> Any:
         return distributed.Client(scheduler, timeout=30)
     except (OSError, ValueError, TypeError, KeyError) as error:  # no connection; no address, or no scheduler file
         said = (str(error).splitlines() or [type(error).__name__])[0]
-        raise TidoraError((Parameter("scheduler"), f" {scheduler} cannot be reached: {said}")) from None
+        raise TidoraError(f"--scheduler {scheduler} cannot be reached: {said}") from None
 
 
 def _processes(count: int) -> Any:

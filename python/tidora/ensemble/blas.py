@@ -80,7 +80,3 @@ def single_thread() -> Iterator[None]:
             if _users == 0:
                 _limits.pop().restore_original_limits()
                 blosc.use_threads = None
-
-
-if __name__ == "__main__":  # for scripts that start workers themselves: export "$(python3 -m tidora.ensemble.blas)"
-    print("\n".join(f"{name}={value}" for name, value in worker_environment().items()))

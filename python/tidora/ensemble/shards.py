@@ -16,7 +16,7 @@ from dataclasses import dataclass
 from functools import partial
 from typing import Any, Callable, Generator, Iterator, Optional
 
-from ..errors import Parameter, TidoraError
+from ..errors import TidoraError
 from .store import Stopped, Store
 
 _PULSE = 15.0
@@ -175,19 +175,3 @@ def active_client() -> Optional[Any]:
 def cores() -> int:
     """Cores that the process may use."""
     return len(os.sched_getaffinity(0)) if hasattr(os, "sched_getaffinity") else os.cpu_count() or 1
-
-
-def checked_part(text: str) -> Part:
-    """``I/N`` as a part.
-
-    Raises
-    ------
-    TidoraError
-        If it is none.
-    """
-    words = text.split("/")
-    if len(words) == 2 and all(word.isascii() and word.isdigit() and len(word) < 10 for word in words):
-        number, count = map(int, words)
-        if 1 <= number <= count:
-            return Part(number, count)
-    raise TidoraError((Parameter("part"), f" is I/N, I from 1 to N, not {text!r}"))

@@ -112,15 +112,13 @@ class Store:
         if self._stop is not None and self._stop.is_set():
             raise Stopped
 
-    def create(self, files: Mapping[str, bytes], name: str) -> None:
+    def create(self, files: Mapping[str, bytes]) -> None:
         """Makes the store, or finds it made by somebody who wanted the same.
 
         Parameters
         ----------
         files : mapping
             Of `skeleton`.
-        name : str
-            Of the argument that has the path.
 
         Raises
         ------
@@ -129,7 +127,7 @@ class Store:
         """
         self._check_place()
         if not self._place(ATTRIBUTES, files[ATTRIBUTES]):
-            self._compare(json.loads(files[ATTRIBUTES]), name)
+            self._compare(json.loads(files[ATTRIBUTES]))
         self._clean()
         if self.get(METADATA) != files[METADATA]:
             for key in sorted(set(files) - {ATTRIBUTES, METADATA}):
@@ -146,7 +144,7 @@ class Store:
         if entries - {_PARTIAL} and ATTRIBUTES not in entries:
             raise FileError(self.path, "is a folder with something else in it, and no store")
 
-    def _compare(self, wanted: Mapping[str, Any], name: str) -> None:
+    def _compare(self, wanted: Mapping[str, Any]) -> None:
         there = self.attributes()
         if there.get(KIND) != wanted[KIND]:
             raise FileError(self.path, f"is no store of {'units' if wanted[KIND] == 'units' else 'a run'}")
@@ -155,7 +153,7 @@ class Store:
         if different:
             said = ", ".join(_difference(key, other.get(key), own[key]) for key in different)
             raise TidoraError(
-                (Parameter(name), f" {self.path} was made otherwise ({said}): take another name, or remove it")
+                (Parameter("store"), f" {self.path} was made otherwise ({said}): take another name, or remove it")
             )
 
     def attributes(self) -> dict[str, Any]:

@@ -128,7 +128,7 @@ def begin_units(
     }  # fmt: skip
     dataset = _described(faults, columns, nodes, cut, options)
     place = Store(store)
-    place.create(skeleton(dataset, {"response": cut.shape}), "store")
+    place.create(skeleton(dataset, {"response": cut.shape}))
     return place, cut
 
 
