@@ -16,7 +16,7 @@ import tidora
 from conftest import ROOT
 from tidora.ensemble.run import begin_run
 from tidora.ensemble.shards import Part, do_shards
-from tidora.ensemble.units import begin_units
+from tidora.ensemble.units import begin_units, compute_units
 
 UNITS, SCENARIOS = 5, 600
 """Five shards of units, three of scenarios: the last is not full."""
@@ -83,14 +83,14 @@ def part_of_units(folder, number, count):
     floor = tidora.open_grid(folder / "floor.nc", "geographic")
     options = {"slope": True, "kajiura": True, "frame": None, "depth": None, "tolerance": 0.0}
     store, cut = begin_units(elements, floor, folder / "units.zarr", **options)
-    do_shards(store, cut.shards, Part(number, count), None)
+    do_shards(compute_units, store, cut.shards, Part(number, count), None)
 
 
 def part_of_run(folder, number, count):
     """Does a part of the store of a run."""
     table, units = folder / "table.nc", folder / "units.zarr"
     store, cut = begin_run(table, units, folder / "run.zarr", at=folder / "points.csv", fields=True)
-    do_shards(store, cut.shards, Part(number, count), None)
+    do_shards(compute_units, store, cut.shards, Part(number, count), None)
 
 
 UNITS_WORDS = ("units", "model.txt", "floor.nc", "-o", "units.zarr", "--coord", "geographic", "--slope", "--kajiura")
