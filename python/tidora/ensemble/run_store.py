@@ -18,7 +18,7 @@ from ..version import VERSION
 from .layout import ScenarioChunks, scenario_chunks
 from .magnitudes import magnitudes
 from .gauges import Gauges, gauges_of
-from .store import IDENTITY, KIND, Store, skeleton
+from .store import IDENTITY, KIND, Store, skeleton, values_of
 from .superpose import rakes_of
 from .units import chunks_of, digest, element_table, open_units, place_of
 
@@ -62,7 +62,7 @@ def begin_run(
     tile = chunks_of(opened)
     cut = scenario_chunks(slips.count, tile.unit_count, tile.rows * tile.columns, tile.ny * tile.nx)
     dataset, chunks = _described(slips, opened, place, cut, gauges, fields)
-    place.create(skeleton(dataset, chunks))
+    place.create(skeleton(dataset, chunks), replaced=("reason/",))
     return place, cut
 
 
@@ -204,10 +204,10 @@ def units_of(place: Store, run: xr.Dataset) -> xr.Dataset:
 
 def table_of(run: xr.Dataset, rows: slice) -> SlipTable:
     """The slip table of some scenarios of a run; nothing else of it is read."""
-    edges = run["indptr"][rows.start : rows.stop + 1].values
+    edges = values_of(run, "indptr", slice(rows.start, rows.stop + 1))
     entries = slice(int(edges[0]), int(edges[-1]))
-    unit, slip, rake = (run[name][entries].values for name in ("unit", "slip", "rake"))
-    return SlipTable(edges - edges[0], unit, slip, rake, run["magnitude"][rows].values)
+    unit, slip, rake = (values_of(run, name, entries) for name in ("unit", "slip", "rake"))
+    return SlipTable(edges - edges[0], unit, slip, rake, values_of(run, "magnitude", rows))
 
 
 def records(place: Store, cut: ScenarioChunks) -> Iterator[tuple[int, dict[str, Any]]]:

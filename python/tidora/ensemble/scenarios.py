@@ -20,7 +20,7 @@ from .layout import BATCH, ScenarioChunks, Tile, UnitChunks
 from .reading import Responses
 from .reductions import Reductions
 from .run_store import FIGURES, REASON, cut_of, open_run, table_of, units_of
-from .store import Store, encoded
+from .store import Store, encoded, values_of
 from .superpose import Weights, product, rakes_of, unusable, weights_of
 from .units import chunks_of, place_of
 
@@ -84,7 +84,7 @@ def _work(place: Store, shard: int) -> _Work:
     axes = {axis: units[axis].values for axis in ("y", "x")}
     gauges = None
     if "eta" in run:
-        points = {axis: run[f"point_{axis}"].values for axis in ("x", "y")}
+        points = {axis: values_of(run, f"point_{axis}") for axis in ("x", "y")}
         gauges = gauges_of(points, units.attrs["coord"], axes["x"], axes["y"])
     return _Work(
         place,

@@ -3,8 +3,8 @@
 The store is zarr version 2 in a folder: `xarray.open_zarr` reads it. Beside the files of zarr it holds
 
 ``.shards/N``
-    what shard N has written, as JSON: its chunks with their sizes and CRC-32, and what could not be computed. A shard
-    without this record is not there, whatever chunks are.
+    what shard N has written, as a line of JSON: its chunks with their sizes and CRC-32, and what could not be computed;
+    then the CRC-32 of this line. A shard without this record is not there, whatever chunks are.
 ``.partial/``
     files on their way. It goes when the last shard is there.
 
@@ -73,11 +73,14 @@ def skeleton(dataset: xr.Dataset, chunks: Mapping[str, tuple[int, ...]]) -> dict
     chunks : mapping
         Shape of the chunks of a variable; the others are one chunk.
     """
+    import dask
+
     files: dict[str, Any] = {}
     dataset = dataset.copy()
     for name, variable in dataset.variables.items():
         shape = chunks.get(str(name), tuple(max(size, 1) for size in variable.shape))
-        fill = np.nan if variable.dtype.kind == "f" and name not in dataset.coords else None
+        # What is to come has a value until then, and only that: `opened` knows by it which chunks have to be there.
+        fill = np.nan if dask.is_dask_collection(variable) else None
         dataset[name].encoding = {"chunks": shape, "filters": filters(), "compressor": None, "_FillValue": fill}
     dataset.to_zarr(files, compute=False, consolidated=True)
     return {name: bytes(content) for name, content in files.items()}
@@ -112,13 +115,16 @@ class Store:
         if self._stop is not None and self._stop.is_set():
             raise Stopped
 
-    def create(self, files: Mapping[str, bytes]) -> None:
+    def create(self, files: Mapping[str, bytes], replaced: tuple[str, ...] = ()) -> None:
         """Makes the store, or finds it made by somebody who wanted the same.
 
         Parameters
         ----------
         files : mapping
             Of `skeleton`.
+        replaced : tuple of str
+            Beginnings of names of files that shards write anew: those that are there are left alone, since a shard may
+            be at them just now.
 
         Raises
         ------
@@ -129,10 +135,10 @@ class Store:
         if not self._place(ATTRIBUTES, files[ATTRIBUTES]):
             self._compare(json.loads(files[ATTRIBUTES]))
         self._clean()
-        if self.get(METADATA) != files[METADATA]:
-            for key in sorted(set(files) - {ATTRIBUTES, METADATA}):
-                self._place(key, files[key])
-            self.put(METADATA, files[METADATA])
+        for key in sorted(set(files) - {METADATA}) + [METADATA]:
+            # Looked at however complete the store seems: a damaged slip table would spoil what is still to come.
+            if not self._place(key, files[key]) and not key.startswith(replaced) and self.get(key) != files[key]:
+                self.put(key, files[key])
 
     def _check_place(self) -> None:
         try:
@@ -186,9 +192,24 @@ class Store:
         if self.get(METADATA) is None:
             raise FileError(self.path, "is not complete: nobody has finished beginning it")
         try:
-            return xr.open_zarr(self.path, consolidated=True)
-        except (KeyError, ValueError, TypeError, RuntimeError, OSError) as error:
+            dataset = xr.open_zarr(self.path, consolidated=True)
+            self._check_given(dataset)
+            return dataset
+        except FileError:
+            raise
+        except Exception as error:  # zarr, its codecs and xarray raise whatever a damaged file makes them stumble over
             raise FileError(self.path, f"cannot be opened: {_first_line(error)}") from None
+
+    def _check_given(self, dataset: xr.Dataset) -> None:
+        """What the store began with has to be there: zarr would read a missing chunk as no matter what."""
+        for name, variable in dataset.variables.items():
+            if "_FillValue" in variable.encoding:
+                continue
+            counts = [-(-size // of) for size, of in zip(variable.shape, variable.encoding["chunks"])]
+            for number in np.ndindex(*counts):
+                key = f"{name}/" + ".".join(map(str, number))
+                if not os.path.exists(os.path.join(self.path, key)):
+                    raise FileError(os.path.join(self.path, key), "is not there")
 
     def get(self, key: str) -> Optional[bytes]:
         """A file of the store; None when it is not there."""
@@ -292,15 +313,16 @@ class Store:
         found : mapping
             What else is to be known of it.
         """
-        self.put(f"{_SHARDS}/{shard}", json.dumps({"chunks": chunks, **found}, sort_keys=True).encode())
+        content = json.dumps({"chunks": chunks, **found}, sort_keys=True).encode()
+        self.put(f"{_SHARDS}/{shard}", content + b"\n%d\n" % zlib.crc32(content))
 
     def record(self, shard: int) -> Optional[dict[str, Any]]:
         """What a shard has noted; None when it is not there, or its note is damaged."""
-        try:
-            found = json.loads(self.get(f"{_SHARDS}/{shard}") or b"")
-            return found if isinstance(found, dict) and isinstance(found.get("chunks"), dict) else None
-        except ValueError:
+        content, _, check = (self.get(f"{_SHARDS}/{shard}") or b"").partition(b"\n")
+        if check != b"%d\n" % zlib.crc32(content):
             return None
+        found: dict[str, Any] = json.loads(content)
+        return found
 
     def is_whole(self, shard: int) -> bool:
         """True when a shard is there, and its chunks are as they were written."""
@@ -317,6 +339,21 @@ class Store:
         """Removes what is left of files on their way, when all shards are there."""
         if all(os.path.exists(os.path.join(self.path, _SHARDS, str(shard))) for shard in range(shards)):
             shutil.rmtree(os.path.join(self.path, _PARTIAL), ignore_errors=True)
+
+
+def values_of(dataset: xr.Dataset, name: str, part: slice = slice(None)) -> np.ndarray:
+    """The values of a variable of a store that was opened, or part of them along its first dimension.
+
+    Raises
+    ------
+    FileError
+        If they are damaged.
+    """
+    try:
+        return np.asarray(dataset[name][part].values)
+    except Exception as error:  # as when a store is opened
+        path = os.path.join(str(dataset.encoding["source"]), name)
+        raise FileError(path, f"cannot be read: {_first_line(error)}") from None
 
 
 def _sum(content: bytes) -> list[int]:

@@ -22,7 +22,7 @@ from ..fields.reference import GEOGRAPHIC_CRS, to_crs
 from ..version import VERSION
 from .layout import UnitChunks, unit_chunks
 from .shards import WHOLE, Tell, do_shards
-from .store import IDENTITY, KIND, Store, encoded, skeleton
+from .store import IDENTITY, KIND, Store, encoded, skeleton, values_of
 
 MECHANISMS = {"strike": 0.0, "dip": 90.0}
 """Rakes."""
@@ -273,7 +273,8 @@ def _response(
 def _nodes(units: xr.Dataset) -> Nodes:
     """The nodes of a store of units, as they were given."""
     if "topography" in units:
-        return nodes_of(units["topography"].load(), "topography")
+        floor = units["topography"]
+        return nodes_of(floor.copy(data=values_of(units, "topography")), "topography")
     axes = {axis: units[axis] for axis in ("y", "x")}
     attrs = {**NO_TOPOGRAPHY, **units["response"].attrs}
     zeros = np.zeros((units.sizes["y"], units.sizes["x"]), np.float32)
@@ -314,5 +315,5 @@ def element_table(units: xr.Dataset) -> xr.Dataset:
         if name not in units.variables:
             continue
         variable = units[name]
-        table[back.get(name, name)] = ("element", variable.values, variable.attrs)
+        table[back.get(name, name)] = ("element", values_of(units, name), variable.attrs)
     return xr.Dataset(table, attrs={"coord": units.attrs["coord"]})
