@@ -32,6 +32,8 @@ case "${1-}" in
         packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git
             groff-base man-db mandoc)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" black flake8 mypy)
+        # Started for the batch scripts alone (tests/slurm).
+        packages+=(slurm-wlm munge)
         tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)
         ;;
     *) usage ;;
