@@ -45,9 +45,11 @@ Without apt-get the packages have to be installed by hand. Their names elsewhere
   Fedora  dnf install gcc-c++ cmake ninja-build proj-devel
           tests: doctest-devel gcc-gfortran    checks: clang clang-tools-extra compiler-rt valgrind ShellCheck git
           tdr: python3-xarray python3-netcdf4 python3-matplotlib python3-pyproj python3-rasterio python3-rich
+               python3-dask python3-distributed python3-threadpoolctl openblas-threads    pip install "zarr<3"
   Arch    pacman -S gcc cmake ninja proj
           tests: doctest gcc-fortran    checks: clang compiler-rt valgrind shellcheck git
           tdr: python-xarray python-netcdf4 python-matplotlib python-pyproj python-rasterio python-rich
+               python-dask python-distributed python-threadpoolctl blas-openblas    pip install "zarr<3"
   macOS   brew install cmake ninja proj
           tests: doctest          checks: llvm shellcheck git
           tdr: pip install ./python
