@@ -88,8 +88,7 @@ def superposition(folder: Path, small: bool) -> None:
             tidora.ensemble(table, store, folder / "run.zarr")
             return time.process_time() - start
 
-        name = f"superposed over direct, {count} of {UNITS} units, {where.size} nodes"
-        ratios(f"{name}, {kind}"[:58] if kind == KINDS[0] else f"the same, {kind}", direct, superposed, "at least 100")
+        ratios(f"superposed over direct, {count} of {UNITS} units, {kind}", direct, superposed, "at least 100")
 
 
 class Watched(NamedTuple):

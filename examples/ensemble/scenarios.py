@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Draws the scenarios: scenarios.py MODEL COUNT TABLE
 
-Magnitudes follow the law of Gutenberg and Richter between two bounds. The numbers of earthquakes of the same probability
-are taken, not random ones: with few scenarios the largest ones are neither missing nor too many by chance.
+Magnitudes follow the law of Gutenberg and Richter between two bounds. They are not random, but quantiles of it: with
+few scenarios too the largest ones are neither missing nor too many.
 """
 
 import sys
