@@ -14,7 +14,8 @@ import xarray as xr
 
 import tidora
 from conftest import ROOT
-from tidora.ensemble.run import begin_run
+from tidora.ensemble.run_store import begin_run
+from tidora.ensemble.scenarios import compute_scenarios
 from tidora.ensemble.shards import Part, do_shards
 from tidora.ensemble.units import begin_units, compute_units
 
@@ -90,7 +91,7 @@ def part_of_run(folder, number, count):
     """Does a part of the store of a run."""
     table, units = folder / "table.nc", folder / "units.zarr"
     store, cut = begin_run(table, units, folder / "run.zarr", at=folder / "points.csv", fields=True)
-    do_shards(compute_units, store, cut.shards, Part(number, count), None)
+    do_shards(compute_scenarios, store, cut.shards, Part(number, count), None)
 
 
 UNITS_WORDS = ("units", "model.txt", "floor.nc", "-o", "units.zarr", "--coord", "geographic", "--slope", "--kajiura")

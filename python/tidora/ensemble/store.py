@@ -237,7 +237,7 @@ class Store:
         try:
             values = np.frombuffer(compress.decode(check.decode(content)), dtype)
             return values.reshape(shape)
-        except (RuntimeError, ValueError, TypeError):
+        except (RuntimeError, ValueError, TypeError, IndexError):
             raise FileError(place, "is damaged") from None
 
     def put(self, key: str, content: bytes) -> list[int]:
