@@ -62,7 +62,7 @@ def begin_run(
     tile = chunks_of(opened)
     cut = scenario_chunks(slips.count, tile.unit_count, tile.rows * tile.columns, tile.ny * tile.nx)
     dataset, chunks = _described(slips, opened, place, cut, gauges, fields)
-    place.create(skeleton(dataset, chunks), replaced=("reason/",))
+    place.create(skeleton(dataset, chunks), replaced=("reason",))
     return place, cut
 
 

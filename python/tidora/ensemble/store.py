@@ -123,8 +123,8 @@ class Store:
         files : mapping
             Of `skeleton`.
         replaced : tuple of str
-            Beginnings of names of files that shards write anew: those that are there are left alone, since a shard may
-            be at them just now.
+            Names of arrays whose chunks are written anew by shards: those that are there are left alone, since a shard
+            may be at them just now.
 
         Raises
         ------
@@ -137,7 +137,9 @@ class Store:
         self._clean()
         for key in sorted(set(files) - {METADATA}) + [METADATA]:
             # Looked at however complete the store seems: a damaged slip table would spoil what is still to come.
-            if not self._place(key, files[key]) and not key.startswith(replaced) and self.get(key) != files[key]:
+            name, _, chunk = key.rpartition("/")
+            is_replaced = name in replaced and not chunk.startswith(".")
+            if not self._place(key, files[key]) and not is_replaced and self.get(key) != files[key]:
                 self.put(key, files[key])
 
     def _check_place(self) -> None:
