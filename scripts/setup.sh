@@ -3,13 +3,14 @@
 #   scripts/setup.sh           what the program needs to be built
 #   scripts/setup.sh --python  and what the Python package needs
 #   scripts/setup.sh --tests   and what the tests of both need
+#   scripts/setup.sh --docs    and what the site of the documents is made with, without the tests
 #   scripts/setup.sh --ci      and what the checks of .ci/run need
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . scripts/quietly.sh
 
 usage() {
-    echo "Usage: scripts/setup.sh [--python | --tests | --ci]" >&2
+    echo "Usage: scripts/setup.sh [--python | --tests | --docs | --ci]" >&2
     exit 2
 }
 
@@ -20,6 +21,7 @@ python=(python3 python3-numpy python3-xarray python3-netcdf4 python3-matplotlib 
     python3-rich python3-dask python3-distributed python3-zarr python3-threadpoolctl libopenblas0-pthread)
 # Programs of others that open what tdr has written.
 openers=(gmt gdal-bin netcdf-bin)
+site=(doxygen python3-sphinx python3-myst-parser python3-numpydoc python3-breathe furo)
 case "${1-}" in
     "") ;;
     --python) packages+=("${python[@]}") ;;
@@ -27,11 +29,15 @@ case "${1-}" in
         packages+=(doctest-dev gfortran pkgconf groff-base man-db)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}")
         ;;
+    --docs)
+        packages+=("${python[@]}" "${site[@]}")
+        tools+=(doxygen)
+        ;;
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
         packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git
             groff-base man-db mandoc)
-        packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" black flake8 mypy)
+        packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" "${site[@]}" black flake8 mypy)
         # Started for the batch scripts alone (tests/slurm).
         packages+=(slurm-wlm munge)
         tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)

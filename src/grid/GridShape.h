@@ -41,6 +41,7 @@ struct GridShape {
     /// Index times spacing is formed in single precision on purpose, and widened before the sum: so the positions of a
     /// grid are defined, and 0.1 times 3 is not 0.3 in either precision.
     [[nodiscard]] double X(int ix) const noexcept { return orgX + static_cast<double>(static_cast<float>(ix) * dx); }
+    /// As X(), for a row.
     [[nodiscard]] double Y(int iy) const noexcept { return orgY + static_cast<double>(static_cast<float>(iy) * dx); }
 };
 

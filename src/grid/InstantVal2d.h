@@ -18,6 +18,7 @@ public:
     InstantVal2d() = default;
     /// Duplicates the array. A source without an array gives `num` zeros. Not used by a run.
     InstantVal2d(const InstantVal2d& other);
+    /// Takes the array over and leaves `other` empty.
     InstantVal2d(InstantVal2d&& other) noexcept;
     /// As the copy; an assignment to itself changes nothing. Not used by a run.
     InstantVal2d& operator=(const InstantVal2d& other);

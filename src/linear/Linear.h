@@ -23,6 +23,7 @@ public:
     /// No band. Not used by a run.
     Linear() = default;
 
+    /// Takes over what the configuration says.
     explicit Linear(const PARAM_LINEAR& param);
 
     /// Adds the band to the first snapshot of `instants`. nx, ny, org_x, org_y, dx: the grid; index ix * ny + iy.

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Surface displacement of an elastic half-space by a rectangular and by a point dislocation.
 ///
 /// Y. Okada (1992), Internal deformation due to shear and tensile faults in a half-space, Bull. Seism. Soc. Am. 82(2),
@@ -25,9 +26,11 @@ struct TidoraBlockC0 {
     double ALP5;  ///< alpha = (lambda + mu) / (lambda + 2 mu)
     double SD;    ///< sine of the dip; 1 or -1 where the cosine is clamped
     double CD;    ///< cosine of the dip; 0 where its size is below 1e-6
-    double SDSD, CDCD, SDCD;
-    double S2D;  ///< sine of twice the dip
-    double C2D;  ///< cosine of twice the dip
+    double SDSD;  ///< SD SD
+    double CDCD;  ///< CD CD
+    double SDCD;  ///< SD CD
+    double S2D;   ///< sine of twice the dip
+    double C2D;   ///< cosine of twice the dip
 };
 /// Set by dccon0_, dc3d_ and dc3d0_. Not used by a run.
 extern struct TidoraBlockC0
@@ -35,13 +38,30 @@ extern struct TidoraBlockC0
 
 /// Station geometry of a point source, set by dccon1_. Okada (1992), Tables 2 to 5.
 struct TidoraBlockC1 {
-    double P, Q, S, T;
-    double XY, X2, Y2, D2;
-    double R, R2, R3, R5;
-    double QR;                      ///< 3 q / R^5
-    double QRX;                     ///< 15 q x / R^7
-    double A3, A5, B3, C3;          ///< 1 - 3x^2/R^2, 1 - 5x^2/R^2, 1 - 3y^2/R^2, 1 - 3d^2/R^2
-    double UY, VY, WY, UZ, VZ, WZ;  ///< U, V, W of Table 4 (y) and U', V', W' of Table 5 (z)
+    double P;    ///< y cos(dip) + d sin(dip)
+    double Q;    ///< y sin(dip) - d cos(dip)
+    double S;    ///< p sin(dip) + q cos(dip)
+    double T;    ///< p cos(dip) - q sin(dip)
+    double XY;   ///< x y
+    double X2;   ///< x^2
+    double Y2;   ///< y^2
+    double D2;   ///< d^2
+    double R;    ///< distance from the source
+    double R2;   ///< R^2
+    double R3;   ///< R^3
+    double R5;   ///< R^5
+    double QR;   ///< 3 q / R^5
+    double QRX;  ///< 15 q x / R^7
+    double A3;   ///< 1 - 3 x^2 / R^2
+    double A5;   ///< 1 - 5 x^2 / R^2
+    double B3;   ///< 1 - 3 y^2 / R^2
+    double C3;   ///< 1 - 3 d^2 / R^2
+    double UY;   ///< U of Table 4
+    double VY;   ///< V of Table 4
+    double WY;   ///< W of Table 4
+    double UZ;   ///< U' of Table 5
+    double VZ;   ///< V' of Table 5
+    double WZ;   ///< W' of Table 5
 };
 /// Set by dccon1_ and dc3d0_. Not used by a run.
 extern struct TidoraBlockC1
@@ -49,14 +69,30 @@ extern struct TidoraBlockC1
 
 /// Station geometry of one corner of a rectangle, set by dccon2_. Okada (1992), Tables 6 to 9.
 struct TidoraBlockC2 {
-    double XI2, ET2, Q2;
-    double R, R2, R3, R5;
-    double Y;         ///< eta cos(dip) + q sin(dip)
-    double D;         ///< eta sin(dip) - q cos(dip)
-    double TT;        ///< Theta = arctan(xi eta / (q R)); 0 where q = 0
-    double ALX, ALE;  ///< ln(R + xi), ln(R + eta), or their forms on a negative extension
-    double X11, Y11, X32, Y32;
-    double EY, EZ, FY, FZ, GY, GZ, HY, HZ;  ///< E, F, G, H of Table 8 (y) and E', F', G', H' of Table 9 (z)
+    double XI2;  ///< xi^2
+    double ET2;  ///< eta^2
+    double Q2;   ///< q^2
+    double R;    ///< distance from the corner
+    double R2;   ///< R^2
+    double R3;   ///< R^3
+    double R5;   ///< R^5
+    double Y;    ///< eta cos(dip) + q sin(dip)
+    double D;    ///< eta sin(dip) - q cos(dip)
+    double TT;   ///< Theta = arctan(xi eta / (q R)); 0 where q = 0
+    double ALX;  ///< ln(R + xi); -ln(R - xi) on the negative extension, where X11 and X32 are 0
+    double ALE;  ///< ln(R + eta); -ln(R - eta) on the negative extension, where Y11 and Y32 are 0
+    double X11;  ///< 1 / (R (R + xi))
+    double Y11;  ///< 1 / (R (R + eta))
+    double X32;  ///< (2 R + xi) / (R^3 (R + xi)^2)
+    double Y32;  ///< (2 R + eta) / (R^3 (R + eta)^2)
+    double EY;   ///< E of Table 8
+    double EZ;   ///< E' of Table 9
+    double FY;   ///< F of Table 8
+    double FZ;   ///< F' of Table 9
+    double GY;   ///< G of Table 8
+    double GZ;   ///< G' of Table 9
+    double HY;   ///< H of Table 8
+    double HZ;   ///< H' of Table 9
 };
 /// Set by dccon2_ and dc3d_. Not used by a run.
 extern struct TidoraBlockC2
@@ -92,19 +128,23 @@ void dccon1_(double* X, double* Y, double* D);
 /// Not used by a run.
 void dccon2_(double* XI, double* ET, double* Q, const double* SD, const double* CD, const int* KXI, const int* KET);
 
-/// Parts A, B and C of a corner of a rectangle: Okada (1992), Tables 6 to 9. Require c0_ and c2_. Not used by a run.
+/// Part A of a corner of a rectangle: Okada (1992), Tables 6 to 9. Requires c0_ and c2_. Not used by a run.
 void ua_(const double* XI, const double* ET, const double* Q, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U);
+/// Part B of a corner. Requires c0_ and c2_. Not used by a run.
 void ub_(const double* XI, const double* ET, const double* Q, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U);
+/// Part C of a corner. Requires c0_ and c2_. Not used by a run.
 void uc_(const double* XI, const double* ET, const double* Q, const double* Z, const double* DISL1, const double* DISL2,
          const double* DISL3, double* U);
 
-/// Parts A, B and C of a point source: Okada (1992), Tables 2 to 5. Require c0_ and c1_. Not used by a run.
+/// Part A of a point source: Okada (1992), Tables 2 to 5. Requires c0_ and c1_. Not used by a run.
 void ua0_(const double* X, const double* Y, const double* D, const double* POT1, const double* POT2, const double* POT3,
           const double* POT4, double* U);
+/// Part B of a point source. Requires c0_ and c1_. Not used by a run.
 void ub0_(const double* X, const double* Y, const double* D, const double* Z, const double* POT1, const double* POT2,
           const double* POT3, const double* POT4, double* U);
+/// Part C of a point source. Requires c0_ and c1_. Not used by a run.
 void uc0_(const double* X, const double* Y, const double* D, const double* Z, const double* POT1, const double* POT2,
           const double* POT3, const double* POT4, double* U);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// Conversion between geographic co-ordinates and a map plane. One geographic and one plane system at a time, held in
 /// two module-wide handles, pj_ll and pj_cartes: initialise, convert, finalise. Without systems every point becomes
 /// HUGE_VAL. For one thread: the handles have no lock.

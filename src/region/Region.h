@@ -9,6 +9,7 @@
 #include "grid/GridShape.h"
 #include "grid/InstantVal2d.h"
 
+/// The library: every name of its own that is not in C.
 namespace tidora {
 
 class DynamicParam;
@@ -81,6 +82,7 @@ public:
     /// array that this region had is freed: copies that share it are then invalid. With nx or ny below 1 nothing is
     /// filled. Throws std::bad_array_new_length when nx * ny is negative or beyond 32 bits. Not used by a run.
     float* Make2dStruct();
+    /// As the other, filled with `v`. Not used by a run.
     float* Make2dStruct(double v);
 
     /// Frees `val` and `valWork` and empties every snapshot; `instants` keeps its length. `parentValWork` stays: it is

@@ -7,16 +7,10 @@
 
 #include "cli/ChildProcess.h"
 
-namespace fs = std::filesystem;
-
 namespace {
 
 const std::string kFence = "```";
 const std::string kElision = "[...]";
-
-bool StartsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 // A processor time is never the same twice.
 std::string WithMaskedTime(std::string line) {
@@ -42,19 +36,6 @@ Lines LinesOf(const std::string& text) {
     return lines;
 }
 
-std::vector<fs::path> AllDocuments() {
-    std::vector<fs::path> documents;
-    for (auto at = fs::recursive_directory_iterator(TIDORA_SOURCE_ROOT); at != fs::end(at); ++at) {
-        const std::string name = at->path().filename().string();
-        if (at->is_directory() && (StartsWith(name, ".") || StartsWith(name, "build"))) {
-            at.disable_recursion_pending();
-        } else if (at->path().extension() == ".md") {
-            documents.push_back(at->path());
-        }
-    }
-    return documents;
-}
-
 std::string SourceText(const std::string& path) {
     return FileBytes(std::string(TIDORA_SOURCE_ROOT) + "/" + path);
 }
@@ -67,19 +48,6 @@ std::string ShownBlock(const std::string& document, const std::string& remark) {
     const std::size_t fence = document.find('\n', at) + 1;
     const std::size_t first = document.find('\n', fence) + 1;
     return document.substr(first, document.find('\n' + kFence, first) + 1 - first);
-}
-
-std::string Prose(const std::string& document) {
-    std::string prose;
-    bool isFenced = false;
-    for (const std::string& line : LinesOf(document)) {
-        if (StartsWith(line, kFence)) {
-            isFenced = !isFenced;
-        } else if (!isFenced) {
-            prose += line + '\n';
-        }
-    }
-    return prose;
 }
 
 bool IsAsShown(const Lines& shown, const Lines& actual) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -9,18 +8,12 @@ using Lines = std::vector<std::string>;
 /// Lines of a text, without their line ends and the blanks before them; processor times are masked.
 [[nodiscard]] Lines LinesOf(const std::string& text);
 
-/// All documents of the project: every .md file outside of build folders and hidden ones.
-[[nodiscard]] std::vector<std::filesystem::path> AllDocuments();
-
 /// Bytes of a file of the project.
 [[nodiscard]] std::string SourceText(const std::string& path);
 
 /// Content of the fenced block that follows the remark "<!-- remark -->" in a document. Throws std::runtime_error when
 /// there is no such block.
 [[nodiscard]] std::string ShownBlock(const std::string& document, const std::string& remark);
-
-/// Text of a document without its fenced blocks.
-[[nodiscard]] std::string Prose(const std::string& document);
 
 /// True when `actual` is what is shown; a shown line "[...]" stands for any number of lines.
 [[nodiscard]] bool IsAsShown(const Lines& shown, const Lines& actual);
