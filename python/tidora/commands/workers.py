@@ -25,7 +25,7 @@ def add_worker_options(parser: argparse.ArgumentParser) -> None:
         "--workers", type=whole, metavar="N", help="processes of this machine (as many as it gives this one cores)"
     )
     who.add_argument("--scheduler", metavar="S", help="address of a Dask scheduler, or its scheduler file")
-    who.add_argument(
+    parser.add_argument(
         "--part", type=_part, default=WHOLE, metavar="I/N", help="only part I of N, for array jobs; I from 1 to N"
     )
 
