@@ -24,6 +24,8 @@ autosummary_generate = True
 autosummary_generate_overwrite = True
 autodoc_typehints = "none"
 numpydoc_show_class_members = False
+# A public function without a docstring, a summary, a parameter of its own or of nobody, or what it returns.
+numpydoc_validation_checks = {"GL08", "SS01", "PR01", "PR02", "PR04", "PR07", "RT01", "RT03"}
 
 breathe_projects = {"tidora": os.environ["TIDORA_XML"]}
 breathe_default_project = "tidora"

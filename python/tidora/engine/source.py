@@ -39,7 +39,9 @@ def source(
         Table of `read_faults` or `make_faults`.
     topography : xarray.DataArray or xarray.Dataset
         (y, x), m, negative below sea level; or what else `deform` takes as ``where``.
-    times, slope :
+    times : None, "intervals" or sequence of float
+        As in `deform`.
+    slope : bool
         As in `deform`.
     kajiura : bool
         Smooths the sea surface over the depth of the water: the function `kajiura` with its converged kernel. It needs

@@ -65,9 +65,12 @@ def unit_sources(
         A folder. One that was begun with the same arguments is finished; one made otherwise is refused.
     slope, kajiura : bool
         As in `source`: the slope term is added, the sum is filtered.
-    frame, depth, tolerance :
-        As in `deform`. Each element is on its own for the tolerance; with depth "program" the number of elements of the
-        table says which depth counts.
+    frame : {'plane', 'globe', 'utm'}, optional
+        As in `deform`.
+    depth : {'datum', 'floor', 'program'}, optional
+        As in `deform`; with "program" the number of elements of the table says which depth counts.
+    tolerance : float
+        m: as in `deform`, each element on its own.
     chunks : mapping, optional
         Units, mechanisms, rows and columns of a chunk: ``unit, mechanism, y, x``. About 10 MB when None.
     progress : callable, optional

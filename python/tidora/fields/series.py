@@ -48,7 +48,19 @@ def total(series: xr.DataArray, dtype: type = np.float64) -> xr.DataArray:
 
 
 def snapshot(series: xr.DataArray, start: float) -> xr.DataArray:
-    """The snapshot of the interval that starts at `start` seconds.
+    """The snapshot of the interval that starts at some time.
+
+    Parameters
+    ----------
+    series : xarray.DataArray, (time, y, x)
+        Of `open_series`.
+    start : float
+        s.
+
+    Returns
+    -------
+    xarray.DataArray, (y, x)
+        What the interval adds, m.
 
     Raises
     ------
