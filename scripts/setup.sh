@@ -26,7 +26,7 @@ case "${1-}" in
     "") ;;
     --python) packages+=("${python[@]}") ;;
     --tests)
-        packages+=(doctest-dev gfortran pkgconf groff-base man-db)
+        packages+=(doctest-dev gfortran pkgconf groff-base man-db python3-pip python3-setuptools python3-wheel)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}")
         ;;
     --docs)
@@ -36,7 +36,7 @@ case "${1-}" in
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
         packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git
-            groff-base man-db mandoc)
+            groff-base man-db mandoc python3-pip python3-setuptools python3-wheel)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" "${site[@]}" black flake8 mypy)
         # Started for the batch scripts alone (tests/slurm).
         packages+=(slurm-wlm munge)
@@ -58,7 +58,7 @@ Without apt-get the packages have to be installed by hand. Their names elsewhere
                python-dask python-distributed python-threadpoolctl blas-openblas    pip install "zarr<3"
   macOS   brew install cmake ninja proj
           tests: doctest          checks: llvm shellcheck git
-          tdr: pip install ./python
+          tdr: pip install .
 TEXT
 }
 

@@ -10,7 +10,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-from conftest import ROOT
+from conftest import ROOT, tdr
 
 import tidora
 from tidora.engine import binding
@@ -152,6 +152,14 @@ def test_without_a_name_it_is_the_one_beside_the_package_then_the_one_of_the_sou
         (tmp_path / folder).mkdir(parents=True)
         (tmp_path / folder / "libtidora.so").write_text("")
         assert tidora.library_path() == str(tmp_path / folder / "libtidora.so")
+
+
+def test_the_command_says_which_package_and_which_library_it_is_also_when_there_is_none(monkeypatch):
+    version, library = tidora.__version__, tidora.library_path()
+    assert tdr("--version").stdout == f"tdr {version}\nlibrary {version}, {library}\n"
+    monkeypatch.setenv("TIDORA_LIBRARY", "/no/such.so")
+    said = tdr("--version").stdout
+    assert said == f"tdr {version}\nlibrary not usable: /no/such.so, which TIDORA_LIBRARY names, is not there\n"
 
 
 def test_a_library_of_another_version_is_refused(monkeypatch):

@@ -108,6 +108,6 @@ def test_importing_the_package_loads_no_library_and_needs_none():
 
 
 def test_the_packages_of_an_installation_are_those_of_the_folders():
-    listed = re.search(r"^packages = \[(.*)\]", (ROOT / "python" / "pyproject.toml").read_text(), re.MULTILINE).group(1)
+    listed = re.search(r"^packages = \[(.*)\]", (ROOT / "pyproject.toml").read_text(), re.MULTILINE).group(1)
     folders = {name_of(path) for path in FILES if path.name == "__init__.py"}
     assert set(re.findall(r'"([\w.]+)"', listed)) == folders

@@ -8,10 +8,26 @@ import sys
 import warnings
 from typing import Any, Callable, Optional, Sequence
 
+from ..engine.binding import library, library_path
 from ..errors import TidoraError, TidoraWarning, UsageError
 from ..version import VERSION
 from . import convert, ensemble, info, plot, run, source, units
 from .options import in_options, joined
+
+
+class _Version(argparse.Action):
+    """Says the version of the package and of its library. Only then is the library looked for."""
+
+    def __init__(self, **known: Any) -> None:
+        super().__init__(nargs=0, **known)
+
+    def __call__(self, parser: argparse.ArgumentParser, *_: Any) -> None:
+        try:
+            found = f"{library().tidora_version().decode()}, {library_path()}"
+        except TidoraError as error:
+            found = f"not usable: {in_options(error.message)}"
+        print(f"tdr {VERSION}\nlibrary {found}")
+        parser.exit()
 
 
 def build_parser() -> argparse.ArgumentParser:
@@ -20,7 +36,7 @@ def build_parser() -> argparse.ArgumentParser:
         prog="tdr",
         description="Make the initial sea surface of a tsunami; look at, measure, convert what Tidora reads, writes.",
     )
-    parser.add_argument("--version", action="version", version=f"tdr {VERSION}")
+    parser.add_argument("--version", action=_Version, help="says which package and which library this is, and exits")
     commands = parser.add_subparsers(required=True, metavar="COMMAND")
     for module in (info, plot, convert, run, source, units, ensemble):
         module.add(commands)
