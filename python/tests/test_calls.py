@@ -1,6 +1,7 @@
 """The library: where it is, how far it has got, and how it is stopped."""
 
 import os
+import shutil
 import signal
 import subprocess
 import sys
@@ -146,12 +147,29 @@ def test_the_library_is_the_one_that_is_named_and_its_absence_is_said(tmp_path, 
 def test_without_a_name_it_is_the_one_beside_the_package_then_the_one_of_the_source_folder(tmp_path, monkeypatch):
     monkeypatch.delenv("TIDORA_LIBRARY", raising=False)
     monkeypatch.setattr(binding, "__file__", str(tmp_path / "python" / "tidora" / "engine" / "binding.py"))
-    with pytest.raises(tidora.TidoraError, match="neither at .*/tidora/_lib/.* nor at .*/build/"):
+    monkeypatch.setattr(binding, "_SONAME", "libtidora.so.of-no-system")
+    absence = "neither at .*/tidora/_lib/.* nor at .*/build/.*, and the system has no libtidora.so.of-no-system"
+    with pytest.raises(tidora.TidoraError, match=absence):
         tidora.library_path()
     for folder in ("build", "python/tidora/_lib"):
         (tmp_path / folder).mkdir(parents=True)
         (tmp_path / folder / "libtidora.so").write_text("")
         assert tidora.library_path() == str(tmp_path / folder / "libtidora.so")
+
+
+def test_last_of_all_it_is_the_one_that_the_loader_finds_by_its_soname(tmp_path):
+    shutil.copytree(ROOT / "python" / "tidora", tmp_path / "site" / "tidora", ignore=shutil.ignore_patterns("_lib"))
+    (tmp_path / "VERSION").write_text("somebody's")
+    (tmp_path / "site" / "tidora.egg-info").mkdir()
+    (tmp_path / "site" / "tidora.egg-info" / "PKG-INFO").write_text(f"Name: tidora\nVersion: {tidora.__version__}\n")
+    (tmp_path / "system").mkdir()
+    shutil.copy(tidora.library_path(), tmp_path / "system" / "libtidora.so.1")
+    known = {name: value for name, value in os.environ.items() if name != "TIDORA_LIBRARY"}
+    environment = {**known, "PYTHONPATH": str(tmp_path / "site"), "LD_LIBRARY_PATH": str(tmp_path / "system")}
+    script = "import tidora; from tidora.engine import binding; print(binding.library()._name, tidora.__file__)"
+    done = subprocess.run([sys.executable, "-c", script], env=environment, cwd=tmp_path, capture_output=True, text=True)
+    expected = f"{tmp_path}/system/libtidora.so.1 {tmp_path}/site/tidora/__init__.py\n"
+    assert (done.stdout, done.stderr) == (expected, "")
 
 
 def test_the_command_says_which_package_and_which_library_it_is_also_when_there_is_none(monkeypatch):

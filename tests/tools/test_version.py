@@ -34,6 +34,12 @@ class Version(unittest.TestCase):
         project = (_TREE / "pyproject.toml").read_text(encoding="utf-8")
         self.assertEqual(re.findall(r"^version = (.*)", project, re.MULTILINE), ['{ file = "VERSION" }'])
 
+    def test_the_soname_that_the_package_asks_for(self) -> None:
+        binding = (_TREE / "python" / "tidora" / "engine" / "binding.py").read_text(encoding="utf-8")
+        project = (_TREE / "CMakeLists.txt").read_text(encoding="utf-8")
+        (number,) = re.findall(r"\bSOVERSION (\d+)", project)
+        self.assertEqual(re.findall(r'^_SONAME = "(.*)"', binding, re.MULTILINE), [f"libtidora.so.{number}"])
+
     def test_the_newest_entry_of_the_changelog(self) -> None:
         text = (_TREE / "CHANGELOG.md").read_text(encoding="utf-8")
         self.assertEqual(re.findall(r"^## (\S+)", text, re.MULTILINE)[0], self.version)

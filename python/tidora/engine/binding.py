@@ -13,6 +13,8 @@ from ..version import VERSION
 from . import structures as c
 
 _NAME = "libtidora.so"
+_SONAME = "libtidora.so.1"
+"""Of the library of a system that installs it apart from the package."""
 
 _POLL = 0.1
 """s between two looks at how far the library has got."""
@@ -29,7 +31,7 @@ def library_path() -> str:
     -------
     str
         What ``$TIDORA_LIBRARY`` names, else what was installed with the package, else ``build/libtidora.so`` of the
-        source folder.
+        source folder, else what the system has under its soname.
 
     Raises
     ------
@@ -46,9 +48,36 @@ def library_path() -> str:
     for place in places:
         if place.is_file():
             return str(place)
-    raise TidoraError(
-        f"the library is neither at {places[0]} nor at {places[1]}: build the project, or name it by TIDORA_LIBRARY"
-    )
+    installed = _of_the_system()
+    if installed is None:
+        raise TidoraError(
+            f"the library is neither at {places[0]} nor at {places[1]}, and the system has no {_SONAME}: build the "
+            "project, or name it by TIDORA_LIBRARY"
+        )
+    return installed
+
+
+class _Holder(ctypes.Structure):
+    """Dl_info of <dlfcn.h>: the file that an address belongs to."""
+
+    _fields_ = [
+        ("file", ctypes.c_char_p),
+        ("base", ctypes.c_void_p),
+        ("symbol", ctypes.c_char_p),
+        ("address", ctypes.c_void_p),
+    ]
+
+
+def _of_the_system() -> Optional[str]:
+    """Where the loader finds the soname. Only the loader knows its folders, so it is asked."""
+    try:
+        found = ctypes.CDLL(_SONAME)
+        holder = _Holder()
+        address = ctypes.cast(found.tidora_version, ctypes.c_void_p)
+        known = ctypes.CDLL(None).dladdr(address, ctypes.byref(holder))
+    except (OSError, AttributeError):
+        return None
+    return os.path.abspath(os.fsdecode(holder.file)) if known else None
 
 
 def library() -> ctypes.CDLL:
