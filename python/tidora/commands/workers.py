@@ -18,6 +18,10 @@ _PATIENCE = 300
 """s to wait for the first worker of a scheduler: those of a batch system start when there is room."""
 
 
+CONNECT = 30
+"""s to wait for an answer of a scheduler."""
+
+
 def add_worker_options(parser: argparse.ArgumentParser) -> None:
     """Options that say who does the work."""
     who = parser.add_mutually_exclusive_group()
@@ -63,9 +67,11 @@ def _client(scheduler: str) -> Any:
 
     try:
         if os.path.exists(scheduler):
-            return distributed.Client(scheduler_file=scheduler, timeout=30)
-        return distributed.Client(scheduler, timeout=30)
+            return distributed.Client(scheduler_file=scheduler, timeout=CONNECT)
+        return distributed.Client(scheduler, timeout=CONNECT)
     except (OSError, ValueError, TypeError, KeyError) as error:  # no connection; no address, or no scheduler file
+        with contextlib.suppress(ValueError, OSError):
+            distributed.default_client().close(timeout=1)  # what has no connection would be the active client still
         said = (str(error).splitlines() or [type(error).__name__])[0]
         raise TidoraError(f"--scheduler {scheduler} cannot be reached: {said}") from None
 

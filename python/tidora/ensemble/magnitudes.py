@@ -18,7 +18,8 @@ def magnitudes(slips: SlipTable, elements: xr.Dataset) -> np.ndarray:
     moment_of_unit = elements["length"].values * elements["width"].values
     moment_of_unit = moment_of_unit * (elements["rigidity"].values if "rigidity" in elements else RIGIDITY)
     there = (slips.unit >= 0) & (slips.unit < moment_of_unit.size)
-    moments = np.where(there, moment_of_unit[np.where(there, slips.unit, 0)] * np.abs(slips.slip), np.nan)
+    with np.errstate(over="ignore"):
+        moments = np.where(there, moment_of_unit[np.where(there, slips.unit, 0)] * np.abs(slips.slip), np.nan)
     scenario = np.repeat(np.arange(slips.count), np.diff(slips.indptr))
     total = np.bincount(scenario, moments, minlength=slips.count)
     with np.errstate(divide="ignore", invalid="ignore"):

@@ -28,6 +28,10 @@ _NODES = 1024
 """Nodes of one product: its result stays in the cache while it is looked at."""
 
 
+INFINITE = "its heights are no finite numbers"
+"""Why a scenario with so much slip cannot be computed."""
+
+
 @dataclass(frozen=True)
 class _Work:
     """A shard of a run: what it needs."""
@@ -117,7 +121,7 @@ class _Found:
         figures = self.figures
         values = (figures.value("highest"), figures.value("lowest"), figures.energy)
         fine = np.logical_and.reduce([np.isfinite(value) for value in values])
-        return {int(row): "its heights are no finite numbers" for row in np.flatnonzero(~fine)}
+        return {int(row): INFINITE for row in np.flatnonzero(~fine)}
 
 
 def _superposed(work: _Work, weights: Weights, problems: dict[int, str], damaged: dict[int, str]) -> _Found:
@@ -258,14 +262,15 @@ def scenario(store: Path, number: int) -> xr.DataArray:
         raise TidoraError((Parameter("number"), f" is from 0 to {count - 1}, not {number}"))
     units = units_of(place, run)
     tiles, slips = chunks_of(units), table_of(run, slice(int(number), int(number) + 1))
-    problems = unusable(slips, tiles.unit_count)
-    values, damaged = np.zeros((tiles.rows, tiles.columns), np.float32), dict[int, str]()
-    if not problems:
-        weights = weights_of(slips, rakes_of(slips, tiles.unit_count) if run.attrs["joined"] else None)
-        responses = Responses(place_of(units), tiles, weights)
-        for tile in tiles.tiles():
+    for reason in unusable(slips, tiles.unit_count).values():
+        raise TidoraError((f"{place.path}: scenario {number}: {reason}",))
+    weights = weights_of(slips, rakes_of(slips, tiles.unit_count) if run.attrs["joined"] else None)
+    responses, damaged = Responses(place_of(units), tiles, weights), dict[int, str]()
+    values = np.zeros((tiles.rows, tiles.columns), np.float32)
+    for tile in tiles.tiles():
+        with np.errstate(over="ignore", invalid="ignore"):
             values[tile.y, tile.x] = product(weights.matrix, responses.on(tile, damaged))[0].reshape(tile.shape)
-    for reason in (*problems.values(), *damaged.values()):
+    for reason in (*damaged.values(), *(() if np.isfinite(values).all() else (INFINITE,))):
         raise TidoraError((f"{place.path}: scenario {number}: {reason}",))
     history = f"{run.attrs['history']}\n{said('scenario', number=int(number))}"
     return sea_surface(values, units, {"history": history})

@@ -352,7 +352,8 @@ def values_of(dataset: xr.Dataset, name: str, part: slice = slice(None)) -> np.n
         If they are damaged.
     """
     try:
-        return np.asarray(dataset[name][part].values)
+        # Here, whatever client is active: a client that has lost its workers would never answer.
+        return np.asarray(dataset[name][part].compute(scheduler="synchronous").values)
     except Exception as error:  # as when a store is opened
         path = os.path.join(str(dataset.encoding["source"]), name)
         raise FileError(path, f"cannot be read: {_first_line(error)}") from None

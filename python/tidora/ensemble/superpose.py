@@ -117,7 +117,8 @@ def weights_of(table: SlipTable, rakes: Optional[np.ndarray], skipped: Optional[
 def _summed(rows: int, columns: int, row: np.ndarray, column: np.ndarray, values: np.ndarray) -> np.ndarray:
     """float32 (row, column): the sum of the values of each place."""
     flat = np.bincount(row * max(columns, 1) + column, values, minlength=rows * columns)
-    return flat.reshape(rows, columns).astype(np.float32)
+    with np.errstate(over="ignore"):  # its scenario has no finite heights, and says so
+        return flat.reshape(rows, columns).astype(np.float32)
 
 
 def product(weights: np.ndarray, responses: np.ndarray) -> np.ndarray:
