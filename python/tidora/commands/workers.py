@@ -50,7 +50,12 @@ def working(args: argparse.Namespace) -> Iterator[None]:
     import distributed
 
     with contextlib.ExitStack() as stack:
-        logging.getLogger("distributed").setLevel(logging.CRITICAL)
+        for name in (
+            "distributed",
+            "tornado",
+            "asyncio",
+        ):  # what they say of connections that end is none of the user's
+            logging.getLogger(name).setLevel(logging.CRITICAL)
         if args.scheduler is not None:
             client = stack.enter_context(_client(args.scheduler))
         else:
