@@ -148,7 +148,8 @@ def _by_client(client: Any, work: Work, path: str, numbers: list[int]) -> Iterat
     except (OSError, concurrent.futures.CancelledError) as error:
         yield f"{path}: the scheduler is gone: {error}"
     finally:
-        client.cancel(list(pending))
+        with contextlib.suppress(OSError):  # of a scheduler that is gone there is nothing to take back
+            client.cancel(list(pending))
 
 
 def _result(path: str, future: Any) -> Optional[str]:
