@@ -58,7 +58,10 @@ class Responses:
             chunk = self._store.chunk(chunk_key(number, group, tile.row, tile.column), "<f4", cut.shape)
             for column in wanted:
                 place = int(self._weights.unit[column]) - number * cut.units
+                field = found[column].reshape(tile.shape)
                 for mechanism in own:
-                    if share[column, mechanism] != 0.0:
-                        values = chunk[place, mechanism - own.start, : tile.shape[0], : tile.shape[1]].ravel()
-                        found[column] += share[column, mechanism] * values
+                    part = chunk[place, mechanism - own.start, : tile.shape[0], : tile.shape[1]]
+                    if share[column, mechanism] == 1.0 and not share[column, :mechanism].any():
+                        field[...] = part  # the only one so far, as it is: nearly every column
+                    elif share[column, mechanism] != 0.0:
+                        field += share[column, mechanism] * part
