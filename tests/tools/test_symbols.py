@@ -1,4 +1,5 @@
-"""What libtidora.so exports: as tidora.symbols lists, tidora.h declares, tidora.f90 binds and engine.md explains."""
+"""What libtidora.so exports: as tidora.symbols and the Debian package list, tidora.h declares, tidora.f90 binds and
+engine.md explains."""
 
 import os
 import re
@@ -13,6 +14,10 @@ def read(name: str) -> str:
     return (_TREE / name).read_text(encoding="utf-8")
 
 
+def numbers(release: str) -> tuple[int, ...]:
+    return tuple(map(int, release.split(".")))
+
+
 class Symbols(unittest.TestCase):
     def setUp(self) -> None:
         lines = [line.split() for line in read("src/api/tidora.symbols").splitlines() if not line.startswith("#")]
@@ -20,7 +25,7 @@ class Symbols(unittest.TestCase):
         self.assertEqual(lines, sorted(lines))
         self.node_of = {name: node for name, node, _ in lines}
         self.assertEqual(len(self.node_of), len(lines))
-        self.releases = {release for _, _, release in lines}
+        self.release_of = {name: release for name, _, release in lines}
 
     def test_the_library(self) -> None:
         command = [os.environ["TIDORA_NM"], "-D", "--defined-only", os.environ["TIDORA_SHARED"]]
@@ -54,13 +59,24 @@ class Symbols(unittest.TestCase):
         bound = re.findall(r"function (\w+)\([^)]*\) bind\(c\)", module)
         self.assertEqual(sorted(bound), sorted(set(self.node_of) - {"tidora_status_text", "tidora_version"}))
 
+    def test_the_debian_package(self) -> None:
+        """Every symbol with its first release, and every node with that of the first symbol in it."""
+        head, field, *lines = read("debian/libtidora1.symbols").splitlines()
+        self.assertEqual(head, "libtidora.so.1 libtidora1 #MINVER#")
+        self.assertEqual(field, "* Build-Depends-Package: libtidora-dev")
+        first = {node: min((self.release_of[name] for name in self.node_of if self.node_of[name] == node), key=numbers)
+                 for node in self.node_of.values()}  # fmt: skip
+        expected = [f" {node}@{node} {release}" for node, release in first.items()]
+        expected += [f" {name}@{node} {self.release_of[name]}" for name, node in self.node_of.items()]
+        self.assertEqual(sorted(lines), sorted(expected))
+
     def test_the_page(self) -> None:
         page = read("docs/engine.md").split("## C and Fortran")[1].split("\n## ")[0]
         self.assertEqual([name for name in self.node_of if f"`{name}`" not in page], [])
 
     def test_no_release_is_of_the_future(self) -> None:
-        now = tuple(map(int, read("VERSION").split(".")))
-        self.assertEqual([r for r in self.releases if tuple(map(int, r.split("."))) > now], [])
+        now = numbers(read("VERSION"))
+        self.assertEqual([r for r in set(self.release_of.values()) if numbers(r) > now], [])
 
 
 if __name__ == "__main__":

@@ -5,6 +5,7 @@ import os
 import re
 import subprocess
 import unittest
+from email.utils import parsedate_to_datetime
 from pathlib import Path
 
 _TREE = Path(__file__).resolve().parents[2]
@@ -42,7 +43,12 @@ class Version(unittest.TestCase):
 
     def test_the_newest_entry_of_the_changelog(self) -> None:
         text = (_TREE / "CHANGELOG.md").read_text(encoding="utf-8")
-        self.assertEqual(re.findall(r"^## (\S+)", text, re.MULTILINE)[0], self.version)
+        newest, dated = re.findall(r"^## (\S+)(?: - (\S+))?$", text, re.MULTILINE)[0]
+        self.assertEqual(newest, self.version)
+        debian = (_TREE / "debian" / "changelog").read_text(encoding="utf-8")
+        self.assertEqual(re.findall(r"^tidora \((.*)\)", debian, re.MULTILINE)[0], self.version)
+        signed = re.findall(r"^ -- .* <.*>  (.*)$", debian, re.MULTILINE)[0]
+        self.assertEqual(parsedate_to_datetime(signed).date().isoformat(), dated)
 
 
 if __name__ == "__main__":
