@@ -44,7 +44,7 @@ class BuildLibrary(build_ext):
         shutil.copyfile(READY or self.built(), target)
 
     def built(self) -> Path:
-        folder = Path(self.build_temp).resolve()
+        folder = TREE / "build-library"
         options = ["-DCMAKE_BUILD_TYPE=Release", "-DTIDORA_BUILD_TESTS=OFF", "-DTIDORA_INSTALL=OFF"]
         given = shlex.split(os.environ.get("CMAKE_ARGS", ""))
         subprocess.run(["cmake", "-S", str(TREE), "-B", str(folder), *options, *given], check=True)

@@ -36,11 +36,12 @@ case "${1-}" in
     --ci)
         # libclang-rt-dev: the run-time library of clang's sanitizers and fuzzer.
         packages+=(doctest-dev gfortran pkgconf clang clang-format clang-tidy libclang-rt-dev valgrind shellcheck git
-            groff-base man-db mandoc python3-pip python3-setuptools python3-wheel)
+            groff-base man-db mandoc python3-pip python3-setuptools python3-wheel
+            ccache debhelper dh-python dpkg-dev fakeroot lintian pybuild-plugin-pyproject)
         packages+=("${python[@]}" python3-pytest python3-hypothesis "${openers[@]}" "${site[@]}" black flake8 mypy)
         # Started for the batch scripts alone (tests/slurm).
         packages+=(slurm-wlm munge)
-        tools+=(clang++ clang-format clang-tidy valgrind shellcheck git)
+        tools+=(ccache clang++ clang-format clang-tidy valgrind shellcheck git)
         ;;
     *) usage ;;
 esac
