@@ -1,6 +1,7 @@
 """A store has the same bytes whoever made it."""
 
 import json
+import os
 import shutil
 import time
 
@@ -15,7 +16,7 @@ from ensemblefiles import (
 )  # fmt: skip
 from tidora.commands import workers
 from tidora.ensemble import shards
-from tidora.ensemble.blas import worker_environment
+from tidora.ensemble.blas import CORE_TYPE, worker_environment
 
 STORES = ("units.zarr", "run.zarr")
 
@@ -96,6 +97,18 @@ def test_the_command_does_the_part_that_is_asked_for(folder, good, monkeypatch):
     said = tdr(*RUN_WORDS, "--part", "2/2", cwd=folder)
     assert said.stdout == "run.zarr: 600 scenarios: 256 done, 0 failed, 344 missing (1 of 3 shards)\n"
     part_of_run(folder, 1, 2)
+    hold(folder, good)
+
+
+def test_a_part_that_has_one_core_is_done_without_another_process(folder, good, monkeypatch):
+    # Named kernels: those of this process are then the ones that a worker would take.
+    monkeypatch.setenv(CORE_TYPE, os.environ.get(CORE_TYPE, "as they are"))
+    monkeypatch.setattr(workers, "cores", lambda: 1)
+    monkeypatch.setattr(workers, "_processes", lambda count: pytest.fail("processes have been started"))
+    for number in (2, 1):
+        tdr(*UNITS_WORDS, "--part", f"{number}/2", cwd=folder)
+    for number in (2, 1):
+        tdr(*RUN_WORDS, "--part", f"{number}/2", cwd=folder)
     hold(folder, good)
 
 

@@ -9,7 +9,7 @@ import logging
 import os
 from typing import Any, Iterator
 
-from ..ensemble.blas import worker_environment
+from ..ensemble.blas import CORE_TYPE, worker_environment
 from ..ensemble.shards import WHOLE, Part, cores
 from ..errors import TidoraError
 from .options import whole
@@ -46,7 +46,10 @@ def _part(word: str) -> Part:
 
 @contextlib.contextmanager
 def working(args: argparse.Namespace) -> Iterator[None]:
-    """Workers, as long as it lasts: a Dask client is active."""
+    """Workers, as long as it lasts: a Dask client is active, but for a part that has one core."""
+    if _is_worker(args):
+        yield
+        return
     import distributed
 
     with contextlib.ExitStack() as stack:
@@ -65,6 +68,13 @@ def working(args: argparse.Namespace) -> Iterator[None]:
         except asyncio.TimeoutError:
             raise TidoraError(f"--scheduler has had no workers for {_PATIENCE} s") from None
         yield
+
+
+def _is_worker(args: argparse.Namespace) -> bool:
+    """True for a task of an array job that may do its part itself: another process would take seconds to start, and
+    could do nothing better."""
+    alone = args.part != WHOLE and args.workers is None and args.scheduler is None and cores() == 1
+    return alone and CORE_TYPE not in worker_environment()
 
 
 def _client(scheduler: str) -> Any:
