@@ -48,5 +48,11 @@ template <typename Lanes>
 struct FigureKernelsOf {
     static const FigureKernels kTable;
 };
+template <>
+const FigureKernels FigureKernelsOf<PlainLanes>::kTable;
+template <>
+const FigureKernels FigureKernelsOf<Avx2Lanes>::kTable;
+template <>
+const FigureKernels FigureKernelsOf<Avx512Lanes>::kTable;
 
 }  // namespace tidora

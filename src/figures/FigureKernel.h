@@ -54,7 +54,7 @@ struct FigureKernel {
     }
 
     static RowFigures Row(const float* heights, const double* areas, std::size_t count) noexcept {
-        Sums sums;
+        Sums sums = {};
         sums.highest.fill({Lanes::All(static_cast<double>(heights[0]))});
         sums.lowest = sums.highest;
         sums.raised.fill({Lanes::All(0.0)});
@@ -65,7 +65,7 @@ struct FigureKernel {
         }
         if (whole < count) {
             // The rest is filled up with a height of its own on no area.
-            std::array<float, kSums> restHeights;
+            std::array<float, kSums> restHeights = {};
             std::array<double, kSums> restAreas = {};
             restHeights.fill(heights[whole]);
             std::copy(heights + whole, heights + count, restHeights.begin());

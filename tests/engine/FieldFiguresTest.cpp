@@ -64,7 +64,8 @@ TEST_CASE("figures of fields are those of one node after the other, for every co
             for (std::size_t node = 0; node < nodes; ++node) {
                 highest = heights[node] > heights[highest] ? node : highest;
                 lowest = heights[node] < heights[lowest] ? node : lowest;
-                const long double height = heights[node], area = fields.areas[node];
+                const auto height = static_cast<long double>(heights[node]);
+                const auto area = static_cast<long double>(fields.areas[node]);
                 (height > 0 ? raised : lowered) += std::abs(height) * area;
                 squares += height * height * area;
             }
