@@ -7,7 +7,7 @@ from __future__ import annotations
 
 import math
 import os
-from typing import Any, Callable, Optional, Sequence
+from typing import Any, Callable, Mapping, Optional, Sequence
 
 import numpy as np
 
@@ -81,6 +81,17 @@ def within(name: str, values: np.ndarray, least: float, largest: float) -> np.nd
         limits = f"at least {least:g}" if math.isinf(largest) else f"from {least:g} to {largest:g}"
         raise TidoraError((Parameter(name), f" is {limits}, not {values.ravel()[wrong[0]]:g}"))
     return values
+
+
+def broadcast(columns: Mapping[str, np.ndarray]) -> dict[str, np.ndarray]:
+    """The columns as arrays of one length, in row-major order."""
+    shape: tuple[int, ...] = ()
+    for name, values in columns.items():
+        try:
+            shape = np.broadcast_shapes(shape, values.shape)
+        except ValueError:
+            raise TidoraError((Parameter(name), f" has shape {values.shape}, the others {shape}")) from None
+    return {name: np.broadcast_to(values, shape).ravel() for name, values in columns.items()}
 
 
 def path(name: str, value: Any) -> Path:

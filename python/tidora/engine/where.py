@@ -113,13 +113,7 @@ def points(x: Any, y: Any, topography: Any = None, *, coord: str = GEOGRAPHIC) -
         columns["topography"] = arguments.numbers("topography", topography)
     if coord == GEOGRAPHIC:
         arguments.within("y", columns["y"], -90.0 - POLE, 90.0 + POLE)
-    shape: tuple[int, ...] = ()
-    for name, values in columns.items():
-        try:
-            shape = np.broadcast_shapes(shape, values.shape)
-        except ValueError:
-            raise TidoraError((Parameter(name), f" has shape {values.shape}, the others {shape}")) from None
-    flat = {name: np.broadcast_to(values, shape).ravel() for name, values in columns.items()}
+    flat = arguments.broadcast(columns)
     attrs = {"coord": coord, "history": said("points"), "Conventions": "CF-1.8"}
     variables = {}
     if topography is not None:

@@ -93,7 +93,7 @@ def make_faults(
         "x": x, "y": y, "depth": depth, "strike": strike, "dip": dip, "rake": rake, "length": length, "width": width,
         "slip": slip, "lag_time": lag_time, "duration": duration,
     }  # fmt: skip
-    columns = _broadcast({name: _checked(name, value, coord) for name, value in given.items()})
+    columns = arguments.broadcast({name: _checked(name, value, coord) for name, value in given.items()})
     columns["depth"] = _upper_depth(columns, reference)
     columns["base_offset"] = columns["depth"]
     columns["x"], columns["y"] = _start_point(columns, coord, reference)
@@ -109,17 +109,6 @@ def _checked(name: str, value: Any, coord: str) -> np.ndarray:
     if name == "y" and coord == GEOGRAPHIC:
         return arguments.within(name, values, -90.0, 90.0)
     return arguments.within(name, values, *_LIMITS[name]) if name in _LIMITS else values
-
-
-def _broadcast(columns: dict[str, np.ndarray]) -> dict[str, np.ndarray]:
-    """The columns as arrays of one length."""
-    shape: tuple[int, ...] = ()
-    for name, values in columns.items():
-        try:
-            shape = np.broadcast_shapes(shape, values.shape)
-        except ValueError:
-            raise TidoraError((Parameter(name), f" has shape {values.shape}, the others {shape}")) from None
-    return {name: np.broadcast_to(values, shape).ravel() for name, values in columns.items()}
 
 
 def _upper_depth(columns: dict[str, np.ndarray], reference: str) -> np.ndarray:
