@@ -240,6 +240,22 @@ CHANGES = [
 ]
 
 
+def test_units_of_other_rigidities_or_names_are_other_units(folder):
+    elements = tidora.read_faults(folder / "model.txt", "geographic").isel(element=[0, 1])
+    floor = tidora.open_grid(folder / "floor.nc", "geographic")
+    named = elements.assign(name=("element", ["a", "b"]), rigidity=("element", [3e10, 4e10]))
+    store = folder / "named.zarr"
+    tidora.unit_sources(named, floor, store)
+    before = tree(store)
+    softer = named.assign(rigidity=("element", [3e10, 3e10]))
+    renamed = named.assign(name=("element", ["a", "c"]))
+    for other in (elements, softer, renamed):
+        with pytest.raises(tidora.TidoraError, match="another elements"):
+            tidora.unit_sources(other, floor, store)
+    tidora.unit_sources(named, floor, store)
+    assert differing(tree(store), before) == []
+
+
 @pytest.mark.parametrize("case", CHANGES, ids=lambda case: case[0])
 def test_a_store_made_otherwise_is_refused_and_stays_as_it_is(case, folder):
     _, change, reason = case

@@ -189,7 +189,7 @@ def _described(
         "coord": nodes.kind,
         "grid": _numbers(nodes.attrs),
         "chunks": list(cut.shape),
-        "elements": digest(*(columns[name] for name in NAMES)),
+        "elements": digest(*(np.asarray(values) for _, values, _ in table.values())),
         "topography": digest(nodes.x, nodes.y, *(() if nodes.floor is None else (nodes.topography(),))),
         "version": VERSION,
     }
