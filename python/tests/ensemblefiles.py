@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import signal
 import subprocess
 import sys
 import time
@@ -119,14 +120,18 @@ def environment(**more):
     }
 
 
-def started(*words, cwd, own_group=False, one_core=False):
-    """`tdr` as a process, or a program of Python after "-c"; with one core it has a single worker."""
+def started(*words, cwd, own_group=False):
+    """`tdr` as a process, or a program of Python after "-c"; in a group of its own as a terminal would start it."""
     command = [sys.executable, *(() if words[0] == "-c" else ("-m", "tidora")), *map(str, words)]
-    first = min(os.sched_getaffinity(0))
     return subprocess.Popen(
         command, cwd=cwd, env=environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
-        start_new_session=own_group, preexec_fn=(lambda: os.sched_setaffinity(0, {first})) if one_core else None,
+        start_new_session=own_group, preexec_fn=_hear_interrupts if own_group else None,
     )  # fmt: skip
+
+
+def _hear_interrupts():
+    """What a shell starts in the background ignores them, and so would its children."""
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
 
 
 def ended(process, status=0):
