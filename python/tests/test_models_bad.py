@@ -85,6 +85,27 @@ MARKS = [
 ]
 
 
+BEYOND = [
+    ("fsp", "6.2946e17", "1e308", "moment is from -1e\\+35 to 1e\\+35 N m, not 1e\\+308"),
+    ("geojson", "6e+17", "1e200", "moment is from"),
+    ("param", "6.0e+24", "1.7e308", "moment is from"),
+    ("rupt", " 3e10", " 1e308", "rigidity is from -1e\\+20 to 1e\\+20 Pa, not 1e\\+308"),
+]
+
+
+@pytest.mark.parametrize("form, old, new, rule", BEYOND)
+def test_a_moment_or_a_rigidity_beyond_any_earthquake_is_refused(form, old, new, rule, tmp_path):
+    assert old in SMALL[form]
+    refused(tmp_path, SMALL[form].replace(old, new), rule, 4 if form == "geojson" else line_of(form, 0))
+
+
+def test_a_moment_is_not_divided_by_next_to_no_slip(tmp_path):
+    (tmp_path / "model").write_text(SMALL["fsp"].replace(" 0.2 90 0", " 1e-300 90 0"))
+    table, said = read(tmp_path / "model")
+    assert table["rigidity"].values.max() < 1e12 and table["rigidity"].values.min() > 1e9
+    assert table["slip"].values[0] == 1e-300
+
+
 @pytest.mark.parametrize("form, old, new, rule", MARKS)
 def test_a_mark_for_an_unknown_value_that_is_needed_is_refused(form, old, new, rule, tmp_path):
     assert old in SMALL[form]
@@ -105,6 +126,11 @@ BAD_FILES = [
     ("a plane without rows", "fsp", "% SOURCE", "% SEGMENT # 1: STRIKE = 1 deg DIP = 2 deg\n% SEGMENT # 2:\n% SOURCE",
      "this segment has no rows", 8),
     ("no width of a plane", "param", " Dy= 10.00km", "", "a plane has nx, Dx in km, ny and Dy in km", 2),
+    ("a plane beyond numbers", "param", "Dx= 10.00km", "Dx= 1e999km", "is a finite number, not '1e999'", 2),
+    ("a plane of two points", "param", "Dy= 10.00km", "Dy= 1.0.0km", "is a finite number, not '1.0.0'", 2),
+    ("a longitude of two points", "param", "Lon: 143.0 ", "Lon: 14.3.0 ", "is a finite number, not '14.3.0'", 3),
+    ("five thousand digits of planes", "param", "fault_segments=     1", f"fault_segments= {'1' * 5000}",
+     "is a finite number, not '1111", 1),
     ("a plane of nothing", "param", "Dx= 10.00km", "Dx= 0.00km", "are above 0", 2),
     ("a corner of two numbers", "param", "143.0 38.0 5.0\n", "143.0 38.0\n", "columns lon lat depth", 5),
     ("a negative rise time", "param", " 0 2 2 ", " 0 2 -9 ", "rise time is from 0", 7),

@@ -1,5 +1,9 @@
-"""Readers of published models against files that nobody would write: a table or a FileError, never anything else."""
+"""Readers of published models against files that nobody would write: a table or a FileError, never anything else.
 
+The examples are the same in every run. TIDORA_FUZZ_TIMES=20 tries twenty times as many, other ones each time.
+"""
+
+import os
 import re
 
 import numpy as np
@@ -71,17 +75,30 @@ def check(path, content):
             assert np.isfinite(table["rigidity"].values).all()
 
 
-QUIET = [HealthCheck.function_scoped_fixture, HealthCheck.too_slow]
+TIMES = int(os.environ.get("TIDORA_FUZZ_TIMES", "0"))
+"""So many times the examples, other ones in every run; 0 for the same examples in every run."""
+
+
+def examples(count):
+    """Settings for so many examples, and TIMES."""
+    quiet = [HealthCheck.function_scoped_fixture, HealthCheck.too_slow]
+    return settings(
+        max_examples=count * max(TIMES, 1),
+        derandomize=not TIMES,
+        deadline=None,
+        suppress_health_check=quiet,
+        database=None,
+    )
 
 
 @pytest.mark.parametrize("seed", SEEDS)
-@settings(max_examples=150, deadline=None, suppress_health_check=QUIET, database=None)
+@examples(150)
 @given(changes=CHANGES)
 def test_a_changed_file_is_a_sound_table_or_is_refused(seed, changes, tmp_path):
     check(tmp_path / "model", changed(SEEDS[seed], changes))
 
 
-@settings(max_examples=300, deadline=None, suppress_health_check=QUIET, database=None)
+@examples(300)
 @given(content=st.binary(max_size=2000))
 def test_bytes_are_refused(content, tmp_path):
     check(tmp_path / "model", content)
@@ -90,14 +107,14 @@ def test_bytes_are_refused(content, tmp_path):
 NUMBERS = st.floats(allow_nan=True, allow_infinity=True)
 
 
-@settings(max_examples=200, deadline=None, suppress_health_check=QUIET, database=None)
+@examples(200)
 @given(values=st.lists(NUMBERS | st.sampled_from([999.0, -99.0, 0.0, 90.0, -90.0, 180.0]), min_size=9, max_size=9))
 def test_any_numbers_in_a_row_are_a_sound_table_or_refused(values, tmp_path):
     head = SMALL["csv"].splitlines()[0]
     check(tmp_path / "model", f"{head}\n{','.join(map(repr, values))}\n".encode())
 
 
-@settings(max_examples=200, deadline=None, suppress_health_check=QUIET, database=None)
+@examples(200)
 @given(
     lon=st.floats(-180, 360), lat=st.floats(-85, 85), depth=st.floats(0, 700), strike=st.floats(0, 360),
     dip=st.floats(0, 90), size=st.floats(0.1, 100), reference=st.sampled_from(["top centre", "centroid", "noaa"]),

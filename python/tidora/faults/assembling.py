@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 from dataclasses import dataclass, field
-from typing import Optional
+from typing import Any, Mapping, Optional
 
 import numpy as np
 import xarray as xr
@@ -26,12 +26,23 @@ _LIMITS = {
     "x": (-360.0, 720.0), "y": (-90.0, 90.0), "depth": (-9e3, 1e6), "strike": (-360.0, 720.0), "dip": (0.0, 90.0),
     "rake": (-360.0, 720.0), "length": (1e-3, 5e6), "width": (1e-3, 5e6), "duration": (0.0, 1e6),
     "lag_time": (-1e6, 1e6),
+    # N m and Pa: far above any earthquake and any rock, whatever their unit was, and far below where sums overflow.
+    "moment": (-1e35, 1e35), "rigidity": (-1e20, 1e20),
 }  # fmt: skip
 
 _WORDS = {"x": "longitude", "y": "latitude", "lag_time": "onset", "duration": "rise time"}
 
+_UNITS = {
+    **dict.fromkeys(("length", "width", "depth", "slip"), "m"), "lag_time": "s", "duration": "s", "moment": "N m",
+    "rigidity": "Pa",
+}  # fmt: skip
+"""All others are degrees."""
+
 _PLAUSIBLE = (1e9, 5e11)
 """Pa: rigidities of rock, from soft sediments to the bottom of the mantle."""
+
+_LEAST_POTENCY = 1e-9
+"""m3, area times slip: less is no slip, and no moment is divided by it."""
 
 
 @dataclass
@@ -68,7 +79,7 @@ def assembled(reading: Reading, model: Model) -> xr.Dataset:
     if not count:
         reading.fail("has no rows of subfaults")
     columns = {name: np.broadcast_to(values, count) for name, values in model.columns.items()}
-    _check(reading, columns, model.lines)
+    _check(reading, {**columns, "moment": model.moments, "rigidity": model.rigidity}, model.lines)
     columns["depth"] = _below_surface(reading, columns, model)
     try:
         table = make_faults(**columns, coord=GEOGRAPHIC, reference=model.reference)
@@ -99,22 +110,20 @@ _LAYOUT = {
 }
 
 
-def _check(reading: Reading, columns: dict[str, np.ndarray], lines: np.ndarray) -> None:
-    """Refuses what cannot be, and the marks for unknown values, which are no slip."""
-    for name in (name for name in NAMES if name in columns):
+def _check(reading: Reading, columns: Mapping[str, Any], lines: np.ndarray) -> None:
+    """Refuses what cannot be, and the marks for unknown values, which are no slip. A column may be None."""
+    for name in (*NAMES, "moment", "rigidity"):
+        if (values := columns.get(name)) is None:
+            continue
         least, largest = _LIMITS.get(name, (-1e3, 1e3))
-        wrong = np.flatnonzero(~((columns[name] >= least) & (columns[name] <= largest)))
+        wrong = np.flatnonzero(~((values >= least) & (values <= largest)))
         if wrong.size:
-            unit = "m" if name in ("length", "width", "depth", "slip") else "s" if name in _TIMES else "degrees"
-            said = f"is from {least:g} to {largest:g} {unit}, not {columns[name][wrong[0]]:g}"
+            said = f"is from {least:g} to {largest:g} {_UNITS.get(name, 'degrees')}, not {values[wrong[0]]:g}"
             reading.fail(f"{_WORDS.get(name, name)} {said}", int(lines[wrong[0]]))
-    marks = np.flatnonzero((columns["slip"] == 999) | (columns["slip"] == -99))
+    slip = columns["slip"]
+    marks = np.flatnonzero((slip == 999) | (slip == -99))
     if marks.size:
-        value = columns["slip"][marks[0]]
-        reading.fail(f"slip {value:g} m marks a value that is not known", int(lines[marks[0]]))
-
-
-_TIMES = ("lag_time", "duration")
+        reading.fail(f"slip {slip[marks[0]]:g} m marks a value that is not known", int(lines[marks[0]]))
 
 
 def _below_surface(reading: Reading, columns: dict[str, np.ndarray], model: Model) -> np.ndarray:
@@ -135,6 +144,7 @@ def _below_surface(reading: Reading, columns: dict[str, np.ndarray], model: Mode
 def _rigidity(reading: Reading, model: Model, columns: dict[str, np.ndarray]) -> Optional[np.ndarray]:
     """Pa: of the file, or from its moments; None where it has neither."""
     rigidity, potency = model.rigidity, columns["length"] * columns["width"] * np.abs(columns["slip"])
+    potency = np.where(potency < _LEAST_POTENCY, 0.0, potency)
     if model.moments is not None:
         if np.any(model.moments < 0) or not np.any((model.moments > 0) & (potency > 0)):
             reading.assume("the moments of the subfaults are not positive numbers: they are left out")

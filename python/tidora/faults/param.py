@@ -107,9 +107,9 @@ class _File:
 
     def _comment(self, line: Line) -> None:
         if found := _TOTAL.search(line.text):
-            self.total = int(found.group(1))
+            self.total = int(self._numbers(line, found)[0])
         elif found := _SEGMENT.search(line.text):
-            along, length, down, width = (to_number(word) for word in found.groups())
+            along, length, down, width = self._numbers(line, found)
             if not (along and down and length > 0 and width > 0):
                 self.reading.fail("nx, Dx, ny and Dy are above 0", line.number)
             self.segments.append(_Segment(line.number, int(along), length * 1e3, int(down), width * 1e3))
@@ -117,8 +117,8 @@ class _File:
             self.reading.fail("a plane has nx, Dx in km, ny and Dy in km", line.number)
         elif found := _HYPOCENTRE.search(line.text):
             if self.segments:
-                cell = (int(found.group(1)), int(found.group(2)))
-                self.segments[-1].hypocentre = (*cell, to_number(found.group(3)), to_number(found.group(4)))
+                along, down, lon, lat = self._numbers(line, found)
+                self.segments[-1].hypocentre = (int(along), int(down), lon, lat)
         elif "centroid" in line.text.lower():
             self.centroids = True
         if _CORNERS.search(line.text):
@@ -127,6 +127,16 @@ class _File:
             self._corners = False
             named = line.text.lower()
             self._last = "rigidity" if "rigidity" in named else "mo" if re.search(r"\bmo\b|moment", named) else ""
+
+    def _numbers(self, line: Line, found: re.Match[str]) -> list[float]:
+        """What the groups of a pattern have matched."""
+        values = []
+        for word in found.groups():
+            try:
+                values.append(to_number(word))
+            except ValueError:
+                self.reading.fail(f"is a finite number, not '{word[:40]}'", line.number)
+        return values
 
     def _row(self, line: int, words: list[str]) -> None:
         if not self.segments:
