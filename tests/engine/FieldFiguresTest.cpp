@@ -91,6 +91,44 @@ TEST_CASE("figures of fields have the same bits on every instruction set") {
     }
 }
 
+TEST_CASE("pieces of the nodes lead to the extremes of all of them, in every field") {
+    const Fields fields(5, 100);
+    const std::vector<tidora_figures> whole = fields.Measured(100), pieces = fields.Measured(7);
+    for (std::size_t field = 0; field < fields.fields; ++field) {
+        CAPTURE(field);
+        CHECK(pieces[field].highest == whole[field].highest);
+        CHECK(pieces[field].highest_at == whole[field].highest_at);
+        CHECK(pieces[field].lowest == whole[field].lowest);
+        CHECK(pieces[field].lowest_at == whole[field].lowest_at);
+        CHECK(pieces[field].squares == doctest::Approx(whole[field].squares).epsilon(1e-14));
+    }
+}
+
+TEST_CASE("a field that is raised, or lowered, everywhere has extremes of one sign") {
+    for (const float sign : {1.0F, -1.0F}) {
+        for (const std::size_t nodes : {1U, 5U, 16U, 33U}) {
+            CAPTURE(nodes);
+            Fields fields(1, nodes);
+            for (float& height : fields.heights) {
+                height = sign * (1.0F + std::abs(height));
+            }
+            const tidora_figures found = fields.Measured(nodes)[0];
+            const auto [least, most] = std::minmax_element(fields.heights.begin(), fields.heights.end());
+            CHECK(found.lowest == *least);
+            CHECK(found.highest == *most);
+            CHECK((sign > 0.0F ? found.lowered : found.raised) == 0.0);
+        }
+    }
+}
+
+TEST_CASE("a piece without nodes changes nothing") {
+    tidora_figures figures = {};
+    figures.highest_at = -1;
+    REQUIRE(tidora_measure(1, 0, nullptr, 0, nullptr, 5, &figures, nullptr) == TIDORA_OK);
+    CHECK(figures.highest_at == -1);
+    CHECK(figures.squares == 0.0);
+}
+
 TEST_CASE("of equal extremes the node with the lowest number counts, in whatever order the pieces come") {
     const float heights[] = {0.0F, 2.0F, -1.0F, 2.0F, -1.0F, 0.0F};
     const double areas[] = {1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
@@ -107,6 +145,11 @@ TEST_CASE("of equal extremes the node with the lowest number counts, in whatever
         CHECK(figures.lowered == 2.0);
         CHECK(figures.squares == 10.0);
     }
+    tidora_figures together = {};
+    together.highest_at = -1;
+    REQUIRE(tidora_measure(1, 6, heights, 6, areas, 0, &together, nullptr) == TIDORA_OK);
+    CHECK(together.highest_at == 1);
+    CHECK(together.lowest_at == 2);
 }
 
 TEST_CASE("a height that is not a number leaves the squares not a number, wherever it stands") {
