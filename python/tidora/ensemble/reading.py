@@ -5,10 +5,13 @@ from __future__ import annotations
 import numpy as np
 
 from ..errors import FileError
+from .kept import LIMIT, KeptChunks
 from .layout import Tile, UnitChunks
 from .store import Store
 from .superpose import Weights
 from .units import chunk_key
+
+_KEPT = KeptChunks(LIMIT)
 
 
 class Responses:
@@ -55,7 +58,7 @@ class Responses:
             wanted = [column for column in columns if share[column, own.start : own.stop].any()]
             if not wanted:
                 continue
-            chunk = self._store.chunk(chunk_key(number, group, tile.row, tile.column), "<f4", cut.shape)
+            chunk = _KEPT.chunk(self._store, chunk_key(number, group, tile.row, tile.column), "<f4", cut.shape)
             for column in wanted:
                 place = int(self._weights.unit[column]) - number * cut.units
                 field = found[column].reshape(tile.shape)
