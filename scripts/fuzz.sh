@@ -131,16 +131,20 @@ keep() {
 
 make_seeds
 failed=0
+running=0
 for subject in "${subjects[@]}"; do
-    # A function within a condition would go on after a failure: a shell of its own does not.
-    set +e
+    if [ "$running" -eq "$(getconf _NPROCESSORS_ONLN)" ]; then
+        wait -n || failed=1
+        running=$((running - 1))
+    fi
     (
-        set -e
         fuzz "$subject"
         [ -z "$keep" ] || keep "$subject"
-    )
-    status=$?
-    set -e
-    [ "$status" -eq 0 ] || failed=1
+    ) &
+    running=$((running + 1))
+done
+while [ "$running" -gt 0 ]; do
+    wait -n || failed=1
+    running=$((running - 1))
 done
 exit "$failed"
