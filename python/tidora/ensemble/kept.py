@@ -33,7 +33,7 @@ class KeptChunks:
         self._lock = Lock()
 
     def chunk(self, store: Store, key: str, dtype: str, shape: tuple[int, ...]) -> np.ndarray:
-        """The values of a chunk, which may not be written to. Raises what `Store.chunk` does."""
+        """The values of a chunk, read-only, as `Store.chunk` gives them; raises what it does."""
         file = os.path.join(os.path.abspath(store.path), key)
         state = _state(file)  # before it is read: what is written meanwhile is read again
         with self._lock:
@@ -41,7 +41,6 @@ class KeptChunks:
         if values is not None and before == state and (values.dtype.str, values.shape) == (dtype, shape):
             return values
         values = store.chunk(key, dtype, shape)
-        values.flags.writeable = False
         if state is not None:
             self._keep(os.path.abspath(store.path), file, state, values)
         return values
